@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Installs what Tarnwick needs to build, test and benchmark, from Debian's packages.
+# Safe to run again: it only installs what is missing.
+set -euo pipefail
+
+packages=(
+  build-essential cmake pkg-config
+  libgtest-dev libgmock-dev libbenchmark-dev
+  nlohmann-json3-dev libutf8proc-dev
+  clang libclang-rt-14-dev
+  util-linux
+)
+# Only needed by the benchmark comparison; missing is not fatal for tests.
+optional=(gdu)
+
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+done
+missing_optional=()
+for p in "${optional[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing_optional+=("$p")
+done
+[ ${#missing[@]} -eq 0 ] && [ ${#missing_optional[@]} -eq 0 ] && exit 0
+
+sudo_cmd=()
+if [ "$(id -u)" -ne 0 ]; then
+  command -v sudo >/dev/null || { echo "install-deps: need root or sudo to install: ${missing[*]}" >&2; exit 1; }
+  sudo_cmd=(sudo)
+fi
+export DEBIAN_FRONTEND=noninteractive
+echo "install-deps: installing ${missing[*]} ${missing_optional[*]}"
+"${sudo_cmd[@]}" apt-get update -q
+if [ ${#missing[@]} -gt 0 ]; then
+  "${sudo_cmd[@]}" apt-get install -y -q --no-install-recommends "${missing[@]}"
+fi
+if [ ${#missing_optional[@]} -gt 0 ]; then
+  "${sudo_cmd[@]}" apt-get install -y -q --no-install-recommends "${missing_optional[@]}" || \
+    echo "install-deps: optional ${missing_optional[*]} not installed; benchmarks skip them" >&2
+fi
