@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Scanning/ScanPriority.hpp"
+
+#include <cstdint>
+#include <string_view>
+
+namespace tarnwick::ProcessResources {
+
+// Raises the soft open-file limit to the smaller of the hard limit and 10240, for deep trees.
+void raiseOpenFileLimit();
+// Names the calling thread (cut to the system's 15-byte limit) and, for background
+// scans, lowers its processor and I/O priority.
+void prepareScanThread(std::string_view name, ScanPriority priority);
+// User plus system processor time of the whole process so far.
+double processorSeconds();
+// The largest resident memory the process has had, in bytes.
+std::int64_t peakResidentBytes();
+
+}

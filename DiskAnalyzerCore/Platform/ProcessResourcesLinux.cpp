@@ -1,0 +1,60 @@
+#include "Platform/ProcessResources.hpp"
+
+#include <algorithm>
+#include <pthread.h>
+#include <string>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace tarnwick::ProcessResources {
+
+namespace {
+
+constexpr int ioprioWhoProcess = 1;
+constexpr int ioprioClassIdle = 3;
+constexpr int ioprioClassShift = 13;
+
+}
+
+void raiseOpenFileLimit()
+{
+    struct rlimit limit;
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0)
+        return;
+    rlim_t wanted = std::min<rlim_t>(limit.rlim_max, 10240);
+    if (limit.rlim_cur < wanted) {
+        limit.rlim_cur = wanted;
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
+
+void prepareScanThread(std::string_view name, ScanPriority priority)
+{
+    std::string shortName(name.substr(0, 15));
+    pthread_setname_np(pthread_self(), shortName.c_str());
+    if (priority == ScanPriority::background) {
+        auto thread = static_cast<id_t>(syscall(SYS_gettid));
+        setpriority(PRIO_PROCESS, thread, 10);
+        syscall(SYS_ioprio_set, ioprioWhoProcess, static_cast<int>(thread), ioprioClassIdle << ioprioClassShift);
+    }
+}
+
+double processorSeconds()
+{
+    struct rusage usage;
+    if (getrusage(RUSAGE_SELF, &usage) != 0)
+        return 0;
+    auto seconds = [](const timeval& t) { return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) / 1e6; };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+std::int64_t peakResidentBytes()
+{
+    struct rusage usage;
+    if (getrusage(RUSAGE_SELF, &usage) != 0)
+        return 0;
+    return static_cast<std::int64_t>(usage.ru_maxrss) * 1024;
+}
+
+}

@@ -1,0 +1,33 @@
+#include "Scanning/ListingQueue.hpp"
+
+#include <utility>
+
+namespace tarnwick {
+
+void ListingQueue::add(DirectoryListing listing)
+{
+    {
+        std::scoped_lock guard(m_lock);
+        m_listings.push_back(std::move(listing));
+    }
+    m_condition.notify_one();
+}
+
+std::vector<DirectoryListing> ListingQueue::takeAll(std::chrono::milliseconds timeout)
+{
+    std::unique_lock guard(m_lock);
+    m_condition.wait_for(guard, timeout, [this] { return !m_listings.empty() || m_woken; });
+    m_woken = false;
+    return std::exchange(m_listings, {});
+}
+
+void ListingQueue::wake()
+{
+    {
+        std::scoped_lock guard(m_lock);
+        m_woken = true;
+    }
+    m_condition.notify_one();
+}
+
+}
