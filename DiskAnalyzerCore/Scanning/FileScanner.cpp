@@ -83,6 +83,8 @@ private:
         if (listing.error != 0) {
             int error = listing.error;
             m_builder.recordIssue(task.node, IssueKinds::forErrorNumber(error), error, ErrorMessages::forErrorNumber(error));
+            // What could not be listed is unknown, so the folder's total is only a lower bound.
+            m_builder.markContentsUnready(task.node);
         }
         if (listing.isFinal) {
             m_pending.erase(task.node.value);

@@ -10,7 +10,7 @@
 #include <unistd.h>
 #include <vector>
 
-namespace tarnwick::testing {
+namespace tarnwick::fixtures {
 
 TempFolder::TempFolder()
 {

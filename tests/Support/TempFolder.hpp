@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace tarnwick::testing {
+namespace tarnwick::fixtures {
 
 // A folder under the system's temporary folder, removed with everything inside when
 // the test ends (even trees too deep for path-based removal).
