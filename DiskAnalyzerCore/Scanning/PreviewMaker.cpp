@@ -66,7 +66,9 @@ std::shared_ptr<const ScanPreview> make(const TreeBuilder& builder, const Pendin
         if (parent < 0)
             continue;
         NodeID into { parent };
-        if (totals.allocated[i] < threshold || preview.count() >= budget) {
+        // Unfinished folders stay visible, however small, so the map can show where the scan is.
+        bool wanted = totals.allocated[i] >= threshold || pending.contains(node.value);
+        if (!wanted || preview.count() >= budget) {
             preview.addSizesWithoutNodes(into, totals.allocated[i], totals.logical[i], totals.lowerBound[i]);
             continue;
         }
