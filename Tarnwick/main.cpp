@@ -1,7 +1,16 @@
-#include <cstdio>
+#include "HomeSummary.hpp"
 
-int main()
+#include <cstdlib>
+#include <string>
+
+int main(int argc, char** argv)
 {
-    std::puts("Tarnwick");
-    return 0;
+    std::string path;
+    if (argc > 1) {
+        path = argv[1];
+    } else {
+        const char* home = std::getenv("HOME");
+        path = home != nullptr && *home != '\0' ? home : "/";
+    }
+    return tarnwick::HomeSummary::run(path);
 }

@@ -4,6 +4,7 @@
 #include "Platform/ProcessResources.hpp"
 #include "Scanning/AdaptiveWorkers.hpp"
 #include "Scanning/FolderLister.hpp"
+#include "Scanning/HomeFolders.hpp"
 #include "Scanning/PreviewMaker.hpp"
 #include "Support/UnicodeNames.hpp"
 
@@ -245,6 +246,7 @@ void FileScanner::runWorker()
     callbacks.deliver = [this](DirectoryListing listing) { m_listings.add(std::move(listing)); };
     callbacks.entered = m_options.hooks.directoryEntered;
     callbacks.batchRead = m_options.hooks.directoryBatchRead;
+    callbacks.isHomeFolder = [](const std::string& path) { return HomeFolders::isHomeFolder(path); };
     FolderLister lister(std::move(callbacks));
     while (std::optional<DirectoryTask> task = m_directories.take())
         lister.list(std::move(*task));
