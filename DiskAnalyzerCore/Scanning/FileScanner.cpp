@@ -1,5 +1,6 @@
 #include "Scanning/FileScanner.hpp"
 
+#include "Classification/PackageTypes.hpp"
 #include "Platform/DirectoryStream.hpp"
 #include "Platform/ProcessResources.hpp"
 #include "Scanning/AdaptiveWorkers.hpp"
@@ -247,6 +248,7 @@ void FileScanner::runWorker()
     callbacks.entered = m_options.hooks.directoryEntered;
     callbacks.batchRead = m_options.hooks.directoryBatchRead;
     callbacks.isHomeFolder = [](const std::string& path) { return HomeFolders::isHomeFolder(path); };
+    callbacks.isPackageExtension = [](std::string_view extension) { return PackageTypes::isDeclaredPackageExtension(extension); };
     FolderLister lister(std::move(callbacks));
     while (std::optional<DirectoryTask> task = m_directories.take())
         lister.list(std::move(*task));

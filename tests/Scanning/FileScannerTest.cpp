@@ -293,3 +293,49 @@ TEST(FileScanner, MountPointIsALeaf)
         GTEST_SKIP() << "no private mount namespace here (needs root or user namespaces)";
     EXPECT_EQ(WEXITSTATUS(status), 0);
 }
+
+TEST(FileScanner, PackagesAreListedAndCounted)
+{
+    TempFolder folder;
+    folder.makeFile("Tool.app/Contents/binary", 5000);
+    folder.makeFile("Notes.APP/inside", 10);
+    folder.makeFile("plain.d/x", 10);
+    folder.makeFile("archive.unknownext/x", 10);
+    auto tree = scanFolder(folder.path()).tree;
+    const std::pair<const char*, NodeKind> cases[] = {
+        { "Tool.app", NodeKind::package }, { "Notes.APP", NodeKind::package },
+        { "plain.d", NodeKind::directory }, { "archive.unknownext", NodeKind::directory },
+    };
+    for (auto [path, kind] : cases)
+        EXPECT_EQ(tree->kind(*tree->node(path)), kind) << path;
+    auto app = *tree->node("Tool.app");
+    EXPECT_EQ(tree->allocatedSize(app), tree->allocatedSize(*tree->node("Tool.app/Contents/binary")));
+}
+
+TEST(FileScanner, LibraryIsHiddenOnlyInHomeFolders)
+{
+    TempFolder folder;
+    folder.makeFile("home/alice/Library/prefs", 10);
+    folder.makeFile("home/alice/Documents/Library/x", 10);
+    auto tree = scanFolder(folder.path()).tree;
+    // A temporary folder is no home folder, so no Library below it is hidden.
+    EXPECT_EQ(tree->isHiddenFromFinder(*tree->node("home/alice/Library")), false);
+    EXPECT_EQ(tree->isHiddenFromFinder(*tree->node("home/alice/Documents/Library")), false);
+}
+
+TEST(FileScanner, LibraryInARealHomeFolderIsHidden)
+{
+    // Folders directly in /home are home folders; make one for the test when allowed.
+    std::string home = "/home/tarnwick-test-" + std::to_string(getpid());
+    if (mkdir("/home", 0755) != 0 && errno != EEXIST)
+        GTEST_SKIP() << "cannot create /home here";
+    if (mkdir(home.c_str(), 0755) != 0)
+        GTEST_SKIP() << "cannot create a folder in /home here";
+    mkdir((home + "/Library").c_str(), 0755);
+    mkdir((home + "/Other").c_str(), 0755);
+    mkdir((home + "/Other/Library").c_str(), 0755);
+    auto tree = scanFolder(home).tree;
+    EXPECT_EQ(tree->isHiddenFromFinder(*tree->node("Library")), true);
+    EXPECT_EQ(tree->isHiddenFromFinder(*tree->node("Other/Library")), false);
+    fixtures::runShell("rm -rf '" + home + "'");
+}
