@@ -1,0 +1,156 @@
+// Times the colour maps of a synthetic tree: classification, the content map, the two date
+// maps and the hidden map, one core, several rounds each.
+//   colormaps [NODES] [ROUNDS]      (1,000,000 nodes and 7 rounds by default)
+#include "Classification/ContentClassifier.hpp"
+#include "Classification/ContentMap.hpp"
+#include "Classification/DateGroup.hpp"
+#include "Classification/ModeBucketMaps.hpp"
+#include "Scanning/ScanTree.hpp"
+#include "Scanning/TreeBuilder.hpp"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+using namespace tarnwick;
+
+namespace {
+
+// A small deterministic generator, so every run times the same tree.
+struct SplitMix {
+    std::uint64_t state;
+    std::uint64_t next()
+    {
+        std::uint64_t z = (state += 0x9E3779B97F4A7C15ull);
+        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
+        z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
+        return z ^ (z >> 31);
+    }
+    std::size_t below(std::size_t bound) { return static_cast<std::size_t>(next() % bound); }
+};
+
+// Folder names: about half say something to the classifier.
+constexpr std::array<std::string_view, 40> folderNames {
+    "Documents", "Projects", "node_modules", ".git", "Caches", "src", "lib", "assets", "build", "target",
+    "Pictures", "Movies", "Music", "Library", "Application Support", ".venv", "site-packages", "Logs", "tmp", "DerivedData",
+    "data", "images", "docs", "test", "vendor", "modules", "components", "utils", "include", "Resources",
+    "Contents", "Frameworks", "old backup", ".claude", "models", "Cache", "Mail", "Downloads", "archive", "Project.xcodeproj",
+};
+// File extensions: common, rare, unknown and none.
+constexpr std::array<std::string_view, 32> extensions {
+    "js", "ts", "json", "py", "pyc", "h", "cpp", "o", "png", "jpg", "JPG", "mp4", "mov", "mp3", "pdf", "txt",
+    "md", "html", "css", "zip", "gz", "log", "plist", "db", "sqlite", "bin", "dat", "", "", "swift", "gguf", "tmp",
+};
+
+std::shared_ptr<const ScanTree> syntheticTree(std::size_t nodes)
+{
+    SplitMix random { 42 };
+    TreeBuilder builder("home", NodeKind::directory, std::nullopt, nodes);
+    std::vector<NodeID> folders { NodeID::root() };
+    const std::int32_t now = TreeDate::encodeUnixSeconds(static_cast<std::int64_t>(std::time(nullptr)));
+    std::string name;
+    for (std::size_t i = 1; i < nodes; ++i) {
+        // Prefer recent folders so that the tree grows deep as well as wide.
+        std::size_t pick = folders.size() - 1 - std::min(folders.size() - 1, random.below(64));
+        NodeID parent = folders[pick];
+        std::int32_t modified = now - static_cast<std::int32_t>(random.below(2 * 365 * 86400));
+        std::int32_t created = modified - static_cast<std::int32_t>(random.below(365 * 86400));
+        if (random.below(10) == 0) {
+            name = folderNames[random.below(folderNames.size())];
+            NodeKind kind = name.ends_with(".xcodeproj") ? NodeKind::package : NodeKind::directory;
+            folders.push_back(builder.addNode(parent, name, kind, std::nullopt, std::nullopt, i, modified, created, false));
+            continue;
+        }
+        std::string_view extension = extensions[random.below(extensions.size())];
+        name = (random.below(20) == 0 ? "." : "") + std::string("file") + std::to_string(i);
+        if (!extension.empty())
+            name.append(".").append(extension);
+        // Log-uniform from 64 bytes to 1 MB, with one file in a hundred up to 128 MB.
+        int magnitude = random.below(100) == 0 ? 20 + static_cast<int>(random.below(8)) : 6 + static_cast<int>(random.below(15));
+        auto size = static_cast<std::int64_t>((1 + random.below(1024)) << magnitude) / 1024 + 1;
+        builder.addNode(parent, name, NodeKind::file, size, size - static_cast<std::int64_t>(random.below(4096)), i, modified, created, false);
+    }
+    return std::move(builder).finalize("/home", ScanCoverage::whole(), TreeBuilder::Metadata::included);
+}
+
+struct Timing {
+    double minimum = 0;
+    double median = 0;
+};
+
+Timing timeRounds(int rounds, const std::function<void()>& work)
+{
+    std::vector<double> milliseconds;
+    for (int r = 0; r < rounds; ++r) {
+        auto start = std::chrono::steady_clock::now();
+        work();
+        milliseconds.push_back(std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
+    }
+    std::sort(milliseconds.begin(), milliseconds.end());
+    return { milliseconds.front(), milliseconds[milliseconds.size() / 2] };
+}
+
+}
+
+int main(int argc, char** argv)
+{
+    std::size_t nodes = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 1'000'000;
+    int rounds = argc > 2 ? std::atoi(argv[2]) : 7;
+    if (nodes < 1 || rounds < 1) {
+        std::fprintf(stderr, "usage: colormaps [NODES] [ROUNDS]\n");
+        return 2;
+    }
+    auto buildStart = std::chrono::steady_clock::now();
+    std::shared_ptr<const ScanTree> tree = syntheticTree(nodes);
+    double buildMilliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - buildStart).count();
+    std::size_t folderCount = 0;
+    for (NodeKind kind : tree->kinds())
+        folderCount += isContainer(kind) ? 1 : 0;
+    std::printf("tree: %d nodes, %zu folders, %.1f GB, built in %.0f ms (not counted)\n", tree->count(), folderCount,
+        static_cast<double>(tree->allocatedSize(NodeID::root())) / 1e9, buildMilliseconds);
+
+    const DateGroup::Boundaries boundaries = DateGroup::Boundaries::current();
+    ContentClassifier::Classification classification;
+    std::size_t sink = 0;
+    struct Step {
+        const char* name;
+        std::function<void()> work;
+    };
+    const Step steps[] = {
+        { "classifyTree", [&] { classification = ContentClassifier::classifyTree(*tree); } },
+        // Includes copying the two byte arrays, a fraction of a millisecond.
+        { "content map (from the classification)", [&] {
+             sink += ContentMap::build(tree, classification)->buckets().storedTotals().size();
+         } },
+        { "last-modified map", [&] { sink += ModeBucketMaps::dates(tree, ModeBucketMaps::DateKind::modified, boundaries)->storedTotals().size(); } },
+        { "created map", [&] { sink += ModeBucketMaps::dates(tree, ModeBucketMaps::DateKind::created, boundaries)->storedTotals().size(); } },
+        { "hidden map", [&] { sink += ModeBucketMaps::hidden(tree)->storedTotals().size(); } },
+    };
+    double totalMinimum = 0;
+    double totalMedian = 0;
+    for (const Step& step : steps) {
+        Timing timing = timeRounds(rounds, step.work);
+        totalMinimum += timing.minimum;
+        totalMedian += timing.median;
+        std::printf("%-40s min %7.1f ms   median %7.1f ms\n", step.name, timing.minimum, timing.median);
+    }
+    std::printf("%-40s min %7.1f ms   median %7.1f ms\n", "all colour maps (sum)", totalMinimum, totalMedian);
+    std::printf("folders keeping their rows (the root and those of 10 MB or more): %zu\n",
+        ContentMap::build(tree, classification)->buckets().storedTotals().size());
+    // Also the whole, as a caller runs it: classify and build every map once, end to end.
+    Timing whole = timeRounds(rounds, [&] {
+        auto content = ContentMap::build(tree);
+        auto modified = ModeBucketMaps::dates(tree, ModeBucketMaps::DateKind::modified, boundaries);
+        auto created = ModeBucketMaps::dates(tree, ModeBucketMaps::DateKind::created, boundaries);
+        auto hidden = ModeBucketMaps::hidden(tree);
+        sink += content->buckets().storedTotals().size() + modified->width() + created->width() + hidden->width();
+    });
+    std::printf("%-40s min %7.1f ms   median %7.1f ms\n", "all colour maps (end to end)", whole.minimum, whole.median);
+    return sink == 0 ? 1 : 0;
+}
