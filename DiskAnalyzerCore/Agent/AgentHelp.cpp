@@ -82,8 +82,10 @@ void appendTypicalTasks(std::string& text, std::string_view tool)
     std::vector<TaskGroup> groups = typicalTasks(tool);
     std::size_t column = 0;
     for (const TaskGroup& group : groups) {
-        for (const Task& task : group.tasks)
-            column = std::max(column, task.line.size() + 2);
+        for (const Task& task : group.tasks) {
+            if (!task.comment.empty())
+                column = std::max(column, task.line.size() + 2);
+        }
     }
     text += "Typical tasks\n";
     for (const TaskGroup& group : groups) {

@@ -21,7 +21,7 @@ namespace {
 
 std::optional<JSONValue> fromJSON(const nlohmann::json& json, int depth)
 {
-    if (depth > maximumDepth)
+    if (depth >= maximumDepth)
         return std::nullopt;
     switch (json.type()) {
     case nlohmann::json::value_t::null:

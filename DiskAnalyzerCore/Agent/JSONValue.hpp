@@ -91,7 +91,8 @@ std::string render(const JSONValue& value, JSONLayout layout);
 
 // The nlohmann form, for records that embed a value. Absent for a non-finite float.
 std::optional<nlohmann::json> toJSON(const JSONValue& value);
-// Absent for a tree nested deeper than maximumDepth, which only a broken or hostile peer sends.
+// Absent for a tree nested more than maximumDepth levels deep, which only a broken or hostile
+// peer sends.
 std::optional<JSONValue> fromJSON(const nlohmann::json& json);
 
 inline constexpr int maximumDepth = 512;
