@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+namespace tarnwick::AppLauncher {
+
+// The first word that makes the executable start as the app without coming to the front.
+inline constexpr const char* backgroundWord = "--background";
+
+// Starts executable with the single word "--background", detached from this process: in a
+// session of its own, its standard streams on /dev/null, with this environment. True when the
+// program was started; whether it then listens is for the caller to find out.
+bool startInBackground(const std::string& executable);
+
+}
