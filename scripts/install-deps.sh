@@ -10,8 +10,9 @@ packages=(
   clang libclang-rt-14-dev
   util-linux
 )
-# Only needed by the benchmark comparison; missing is not fatal for tests.
-optional=(gdu)
+# Only needed by the benchmark comparison (gdu to compare with, GNU time for peak memory);
+# missing is not fatal for tests.
+optional=(gdu time)
 
 missing=()
 for p in "${packages[@]}"; do
