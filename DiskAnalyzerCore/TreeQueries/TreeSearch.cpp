@@ -36,7 +36,10 @@ public:
     }
 
     // Anything smaller than this can no longer be kept.
-    [[nodiscard]] std::int64_t smallestKept() const { return m_items.size() < m_limit ? 0 : m_items.front().allocated; }
+    [[nodiscard]] std::int64_t smallestKept() const
+    {
+        return m_items.empty() || m_items.size() < m_limit ? 0 : m_items.front().allocated;
+    }
 
     std::vector<Item> sorted() &&
     {
@@ -138,6 +141,8 @@ Found largestItems(const ScanTree& tree, NodeID below, NodeKindSet kinds, std::i
 
 std::vector<Item> largestPlaces(const ScanTree& tree, NodeID below, std::int64_t minimumSize, int limit)
 {
+    if (limit < 1)
+        return {};
     const std::int64_t threshold = std::max<std::int64_t>(minimumSize, 1);
     LargestFirst largest(limit);
     std::vector<NodeID> work;
