@@ -1,16 +1,16 @@
-#include "HomeSummary.hpp"
+#include "Agent/AgentCommands.hpp"
+#include "AppMain.hpp"
+#include "CommandLineMode.hpp"
 
-#include <cstdlib>
 #include <string>
+#include <vector>
 
+// One executable, two roles: started with no words (or a launcher's options) it is the
+// app; with a command first it is the tool that talks to the app.
 int main(int argc, char** argv)
 {
-    std::string path;
-    if (argc > 1) {
-        path = argv[1];
-    } else {
-        const char* home = std::getenv("HOME");
-        path = home != nullptr && *home != '\0' ? home : "/";
-    }
-    return tarnwick::HomeSummary::run(path);
+    std::vector<std::string> words(argv + 1, argv + argc);
+    if (tarnwick::AgentCommands::startMode(words) == tarnwick::AgentCommands::StartMode::app)
+        return tarnwick::AppMain::run(words);
+    return tarnwick::CommandLineMode::run(argv[0], words);
 }

@@ -1,0 +1,73 @@
+#include "AppMain.hpp"
+
+#include "Agent/AgentListener.hpp"
+#include "AgentTools.hpp"
+#include "AppCommands.hpp"
+#include "AppModel.hpp"
+#include "MainExecutor.hpp"
+#include "Platform/SystemLog.hpp"
+
+#include <csignal>
+#include <pthread.h>
+#include <thread>
+
+namespace tarnwick::AppMain {
+
+namespace {
+
+std::optional<std::string> openArgument(const std::vector<std::string>& words)
+{
+    for (std::size_t i = 0; i + 1 < words.size(); ++i) {
+        if (words[i] == "--open")
+            return words[i + 1];
+    }
+    return std::nullopt;
+}
+
+// Termination requests arrive as signals; a thread of their own turns them into a stop of
+// the main executor, so no handler runs inside arbitrary code.
+std::thread watchForTermination(MainExecutor& executor, sigset_t signals)
+{
+    return std::thread([&executor, signals] {
+        int received = 0;
+        sigwait(&signals, &received);
+        executor.stop();
+    });
+}
+
+}
+
+int run(const std::vector<std::string>& words)
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGHUP);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    std::signal(SIGPIPE, SIG_IGN);
+
+    MainExecutor executor;
+    std::thread terminationWatch = watchForTermination(executor, signals);
+    {
+        AppModel model(executor);
+        AgentTools tools(model, executor);
+        auto listener = AgentListener::startForApp([&tools](const AgentCommands::Request& request) { return tools.handle(request); }, {});
+        if (auto path = openArgument(words)) {
+            executor.post([&model, path = *path] {
+                AgentCommands::Request request { "scan", { { "path", path } }, false };
+                AgentResult result = AppCommands::scan(model, request);
+                if (result.isError)
+                    SystemLog::write(SystemLog::Level::error, "app", result.text);
+            });
+        }
+        executor.run();
+        if (listener)
+            listener->stop();
+    }
+    pthread_kill(terminationWatch.native_handle(), SIGTERM);
+    terminationWatch.join();
+    return 0;
+}
+
+}

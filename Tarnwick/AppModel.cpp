@@ -1,0 +1,102 @@
+#include "AppModel.hpp"
+
+#include "MainExecutor.hpp"
+
+namespace tarnwick {
+
+AppModel::AppModel(MainExecutor& executor)
+    : m_executor(executor)
+{
+}
+
+AppModel::~AppModel()
+{
+    m_coordinator.cancel();
+    m_coordinator.waitUntilIdle();
+}
+
+void AppModel::scan(const ScanScope& scope)
+{
+    FileScanner::Options options;
+    options.root = scope.scanRoot;
+    options.progress = std::make_shared<ScanProgress>();
+    options.previews = FileScanner::Previews::on;
+    auto scanner = std::make_shared<FileScanner>(options);
+    std::uint64_t generation = ++m_generation;
+    if (!m_rescanPath || *m_rescanPath != scope.scanRoot)
+        m_sizeBeforeRescan.reset();
+    m_rescanPath.reset();
+    m_running = RunningScan { scope, scanner, std::chrono::system_clock::now() };
+    m_coordinator.submit(scanner, [this, generation, scope](ScanOutcome outcome) {
+        // Colours are worked out here, on the scan's thread, never on the main executor.
+        Result result { scope, outcome.tree, nullptr, outcome.status, outcome.startedAt, outcome.finishedAt };
+        if (outcome.tree && outcome.status.kind == ScanOutcome::Status::Kind::completed)
+            result.content = ContentMap::build(outcome.tree);
+        m_executor.post([this, generation, result = std::move(result)]() mutable { finished(generation, std::move(result)); });
+    });
+    notify();
+}
+
+bool AppModel::rescan()
+{
+    if (!m_result)
+        return false;
+    ScanScope scope = m_result->scope;
+    std::int64_t before = m_result->tree->allocatedSize(NodeID::root());
+    scan(scope);
+    m_sizeBeforeRescan = before;
+    m_rescanPath = scope.scanRoot;
+    return true;
+}
+
+void AppModel::cancelScan()
+{
+    m_coordinator.cancel();
+}
+
+void AppModel::finished(std::uint64_t generation, Result result)
+{
+    // A superseded scan's outcome is dropped: a newer one is already on its way.
+    if (generation != m_generation)
+        return;
+    m_running.reset();
+    using Kind = ScanOutcome::Status::Kind;
+    if (result.status.kind == Kind::completed || (result.status.kind == Kind::stopped && result.tree)) {
+        bool sameRoot = m_result && m_result->tree && result.tree && m_result->tree->rootPath() == result.tree->rootPath();
+        std::optional<std::string> openPath = sameRoot ? std::optional(m_result->tree->path(m_openFolder)) : std::nullopt;
+        m_result = std::move(result);
+        m_lastFailure.reset();
+        m_openFolder = NodeID::root();
+        m_selection.reset();
+        if (openPath) {
+            if (auto node = m_result->tree->node(*openPath); node && isContainer(m_result->tree->kind(*node)))
+                m_openFolder = *node;
+        }
+        for (auto& observer : m_resultObservers)
+            observer(*m_result);
+    } else {
+        m_lastFailure = result.status;
+    }
+    notify();
+}
+
+void AppModel::open(NodeID folder)
+{
+    m_openFolder = folder;
+    m_selection.reset();
+    notify();
+}
+
+void AppModel::select(std::optional<NodeID> node)
+{
+    m_selection = node;
+    notify();
+}
+
+void AppModel::notify()
+{
+    for (auto& observer : m_observers)
+        observer();
+}
+
+}

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "Classification/ColorMode.hpp"
+#include "Classification/ContentMap.hpp"
+#include "Scanning/ScanCoordinator.hpp"
+#include "Scanning/ScanScope.hpp"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+class MainExecutor;
+
+// The app's one model: the sources, the current result, the running scan, the open
+// folder, the selection and the colour mode. Lives on the main executor; the window and
+// the command line both read it there, so they always agree.
+class AppModel {
+public:
+    // A finished scan with what was computed from it off the main thread.
+    struct Result {
+        ScanScope scope;
+        std::shared_ptr<const ScanTree> tree;
+        std::shared_ptr<const ContentMap> content;
+        ScanOutcome::Status status;
+        Date startedAt;
+        Date finishedAt;
+    };
+
+    struct RunningScan {
+        ScanScope scope;
+        std::shared_ptr<FileScanner> scanner;
+        Date startedAt;
+    };
+
+    explicit AppModel(MainExecutor& executor);
+    ~AppModel();
+
+    // Starts scanning, superseding a running scan.
+    void scan(const ScanScope& scope);
+    // Scans the current location again, remembering its size before.
+    bool rescan();
+    void cancelScan();
+
+    [[nodiscard]] const std::optional<RunningScan>& runningScan() const { return m_running; }
+    [[nodiscard]] const std::optional<Result>& result() const { return m_result; }
+    // What a scan that did not produce a tree (an unreadable root, a lost source) said.
+    [[nodiscard]] const std::optional<ScanOutcome::Status>& lastFailure() const { return m_lastFailure; }
+    [[nodiscard]] std::optional<std::int64_t> sizeBeforeRescan() const { return m_sizeBeforeRescan; }
+
+    [[nodiscard]] NodeID openFolder() const { return m_openFolder; }
+    [[nodiscard]] std::optional<NodeID> selection() const { return m_selection; }
+    [[nodiscard]] ColorMode colorMode() const { return m_colorMode; }
+    [[nodiscard]] bool isWaitingForUser() const { return m_waitingForUser; }
+    void open(NodeID folder);
+    void select(std::optional<NodeID> node);
+    void setColorMode(ColorMode mode) { m_colorMode = mode; notify(); }
+
+    // Called on the main executor after anything changed (for the window).
+    void addObserver(std::function<void()> observer) { m_observers.push_back(std::move(observer)); }
+    // Called on the main executor when a scan produced a result (for history and alerts).
+    void addResultObserver(std::function<void(const Result&)> observer) { m_resultObservers.push_back(std::move(observer)); }
+
+private:
+    void finished(std::uint64_t generation, Result result);
+    void notify();
+
+    MainExecutor& m_executor;
+    ScanCoordinator m_coordinator;
+    std::uint64_t m_generation = 0;
+    std::optional<RunningScan> m_running;
+    std::optional<Result> m_result;
+    std::optional<ScanOutcome::Status> m_lastFailure;
+    std::optional<std::int64_t> m_sizeBeforeRescan;
+    std::optional<std::string> m_rescanPath;
+    NodeID m_openFolder = NodeID::root();
+    std::optional<NodeID> m_selection;
+    ColorMode m_colorMode = ColorMode::contentType;
+    bool m_waitingForUser = false;
+    std::vector<std::function<void()>> m_observers;
+    std::vector<std::function<void(const Result&)>> m_resultObservers;
+};
+
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <future>
+#include <mutex>
+#include <thread>
+
+namespace tarnwick {
+
+// The one thread that owns the app's state. Everything that reads or changes the model
+// runs here, one task after another; other threads hand work in and may wait for it.
+class MainExecutor {
+public:
+    void post(std::function<void()> task);
+    // Runs task on the main executor and waits for its result; from the main executor
+    // itself it runs the task at once.
+    template <typename Result>
+    Result runAndWait(std::function<Result()> task);
+    // Runs tasks until stop() is called. The calling thread becomes the main executor.
+    void run();
+    void stop();
+    [[nodiscard]] bool isCurrent() const { return std::this_thread::get_id() == m_owner; }
+
+private:
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+    std::deque<std::function<void()>> m_tasks;
+    bool m_stopping = false;
+    std::thread::id m_owner;
+};
+
+template <typename Result>
+Result MainExecutor::runAndWait(std::function<Result()> task)
+{
+    if (isCurrent())
+        return task();
+    std::packaged_task<Result()> packaged(std::move(task));
+    std::future<Result> result = packaged.get_future();
+    auto shared = std::make_shared<std::packaged_task<Result()>>(std::move(packaged));
+    post([shared] { (*shared)(); });
+    return result.get();
+}
+
+}
