@@ -178,7 +178,7 @@ Timing measure(int runs, const std::function<void()>& work)
 
 void report(const char* what, Timing timing, const std::string& detail)
 {
-    std::printf("%-44s median %9.3f ms   fastest %9.3f ms   %s\n", what, timing.median * 1e3, timing.fastest * 1e3, detail.c_str());
+    std::printf("%-48s median %9.3f ms   fastest %9.3f ms   %s\n", what, timing.median * 1e3, timing.fastest * 1e3, detail.c_str());
 }
 
 }
