@@ -1,5 +1,6 @@
 # Tarnwick: the two commands a new user runs are `make run` and `make test`.
 BUILD ?= build
+MAKEFLAGS += --no-print-directory
 JOBS ?= 2
 CMAKE_FLAGS ?=
 
@@ -17,7 +18,7 @@ build: configure
 	@cmake --build $(BUILD) -j$(JOBS)
 
 run: build
-	./$(BUILD)/tarnwick
+	bash scripts/run.sh ./$(BUILD)/tarnwick
 
 test: build
 	cd $(BUILD) && ctest --output-on-failure -j$(JOBS) --timeout 600

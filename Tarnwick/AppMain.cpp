@@ -47,12 +47,18 @@ int run(const std::vector<std::string>& words)
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
 
+    int status = 0;
     MainExecutor executor;
     std::thread terminationWatch = watchForTermination(executor, signals);
     {
         AppModel model(executor);
         AgentTools tools(model, executor);
         auto listener = AgentListener::startForApp([&tools](const AgentCommands::Request& request) { return tools.handle(request); }, {});
+        if (!listener) {
+            // Without a window and without the socket nobody could reach this app.
+            status = 1;
+            executor.stop();
+        }
         if (auto path = openArgument(words)) {
             executor.post([&model, path = *path] {
                 AgentCommands::Request request { "scan", { { "path", path } }, false };
@@ -62,12 +68,20 @@ int run(const std::vector<std::string>& words)
             });
         }
         executor.run();
-        if (listener)
-            listener->stop();
+        // Connections may still wait for commands on the main executor: keep running it
+        // until the listener has ended them all.
+        executor.reopen();
+        std::thread stopper([&] {
+            if (listener)
+                listener->stop();
+            executor.stop();
+        });
+        executor.run();
+        stopper.join();
     }
     pthread_kill(terminationWatch.native_handle(), SIGTERM);
     terminationWatch.join();
-    return 0;
+    return status;
 }
 
 }

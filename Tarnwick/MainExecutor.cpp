@@ -28,6 +28,12 @@ void MainExecutor::run()
     }
 }
 
+void MainExecutor::reopen()
+{
+    std::scoped_lock guard(m_lock);
+    m_stopping = false;
+}
+
 void MainExecutor::stop()
 {
     {

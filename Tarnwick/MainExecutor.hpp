@@ -21,6 +21,8 @@ public:
     // Runs tasks until stop() is called. The calling thread becomes the main executor.
     void run();
     void stop();
+    // Lets run() be called again after a stop, to finish work handed in while shutting down.
+    void reopen();
     [[nodiscard]] bool isCurrent() const { return std::this_thread::get_id() == m_owner; }
 
 private:

@@ -113,7 +113,8 @@ AgentResult summaryAnswer(const AppModel& model, NodeID folder, int limit, bool 
     std::string path = ScopeResolver::displayPath(tree.path(folder));
     std::string text = path + ": " + AgentFormat::size(summary.allocated, summary.incomplete) + " on disk, "
         + AgentFormat::size(summary.logical, tree.flags(folder).contains(NodeFlag::logicalIncomplete)) + " logical, "
-        + std::to_string(summary.childCount) + " items inside.";
+        + std::to_string(summary.childCount) + " items inside"
+        + (folder == NodeID::root() ? ", " + std::to_string(tree.count() - 1) + " in all." : ".");
     JSONValue::Object json {
         { "path", path },
         { "kind", std::string(kindWord(tree.kind(folder))) },
@@ -144,6 +145,12 @@ AgentResult summaryAnswer(const AppModel& model, NodeID folder, int limit, bool 
     json["other_items"] = JSONValue::Object { { "count", static_cast<std::int64_t>(summary.otherCount) }, { "size_bytes", summary.otherAllocated } };
     if (summary.otherCount > 0)
         text += "\nOther items: " + std::to_string(summary.otherCount) + ", " + AgentFormat::size(summary.otherAllocated) + ".";
+    std::int64_t unreadable = 0;
+    for (const ScanIssue& issue : tree.issues())
+        unreadable += issue.node == folder || tree.isAncestor(folder, issue.node) ? 1 : 0;
+    json["unreadable_places"] = unreadable;
+    if (unreadable > 0)
+        text += "\n" + std::to_string(unreadable) + (unreadable == 1 ? " place" : " places") + " here couldn't be read, so sizes marked ≥ are lower bounds.";
     json["shrunk_to_fit"] = shrunk;
     if (shrunk)
         text += "\nListed " + std::to_string(summary.entries.size()) + " items to fit 8 KB; ask about a folder for more.";

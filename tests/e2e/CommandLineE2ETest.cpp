@@ -59,11 +59,11 @@ protected:
         return nlohmann::json::parse(run.out);
     }
 
-    // The apps of this test are the ones whose environment names this test's data folder.
+    // The apps of this test are the ones whose environment names this test's home folder.
     std::vector<pid_t> appProcesses()
     {
         std::vector<pid_t> pids;
-        std::string marker = "XDG_DATA_HOME=" + (m_home / "data") + '\0';
+        std::string marker = "HOME=" + (m_home / "home") + '\0';
         for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
             std::string name = entry.path().filename();
             if (name.find_first_not_of("0123456789") != std::string::npos)
