@@ -64,9 +64,10 @@ std::expected<std::unique_ptr<HistoryStore>, StoreError> HistoryStore::open(
         now = [] { return std::chrono::system_clock::now(); };
     std::unique_ptr<HistoryStore> store(
         new HistoryStore(std::move(directory), std::move(calendar), sizeLimit, std::move(now), std::move(*lock)));
-    std::lock_guard guard(store->m_mutex);
-    if (auto loaded = store->refreshLocked(); !loaded)
-        return std::unexpected(loaded.error());
+    {
+        std::lock_guard guard(store->m_mutex);
+        (void)store->refreshLocked(); // a problem with the index is told by indexProblem()
+    }
     return store;
 }
 
@@ -163,6 +164,13 @@ std::expected<void, StoreError> HistoryStore::writeIndexLocked(const Index& inde
     m_indexSignature = *written;
     m_damagedSignature.reset();
     return {};
+}
+
+std::optional<StoreError> HistoryStore::indexProblem()
+{
+    std::lock_guard guard(m_mutex);
+    auto refreshed = refreshLocked();
+    return refreshed ? std::nullopt : std::optional(refreshed.error());
 }
 
 HistoryStore::Index HistoryStore::index()

@@ -132,8 +132,10 @@ public:
     using Observer = std::function<void(HistoryStore&)>;
     using ObserverID = std::uint64_t;
 
-    // Creates the folder when needed and reads its index. Fails when the folder cannot be
-    // made, or index.json cannot be read or is damaged.
+    // Creates the folder when needed and reads its index. Fails only when the folder or its
+    // lock file cannot be made. A damaged or unreadable index.json leaves the store empty
+    // (indexProblem tells why): reads find nothing, changes fail with the problem, and
+    // clear() starts a new history.
     static std::expected<std::unique_ptr<HistoryStore>, StoreError> open(
         std::string directory, Calendar calendar, std::int64_t sizeLimit, Clock now);
     // The system's calendar and clock and the default size limit.
@@ -146,6 +148,9 @@ public:
     [[nodiscard]] const Calendar& calendar() const { return m_calendar; }
     [[nodiscard]] std::int64_t sizeLimit() const { return m_sizeLimit; }
     [[nodiscard]] Date now() const { return m_now(); }
+
+    // Why index.json cannot be used (damagedIndex, readFailed); absent when it can.
+    [[nodiscard]] std::optional<StoreError> indexProblem();
 
     // The reads below first read index.json again when another process has changed it.
     [[nodiscard]] Index index();
