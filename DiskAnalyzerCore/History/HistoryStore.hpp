@@ -49,6 +49,12 @@ namespace tarnwick {
 // at any moment therefore leaves an index whose files all exist, except for files deleted
 // behind the store's back: entries whose file is missing are left out when the index is read,
 // and files that no entry lists are ignored (and swept up by the next save of their place).
+// A save killed between replacing current.snap and writing the index leaves the previous
+// current entry's facts with the new file, until the next save of the place.
+//
+// sizeLimit bounds the snapshot files (current and day). Above it, the oldest day snapshots
+// that are not kept go first, whichever place they belong to; current and kept snapshots are
+// never dropped, so they alone may exceed it.
 //
 // Thread-safe; observers are called on the thread that made the change, after it is done.
 class HistoryStore {
@@ -171,7 +177,8 @@ public:
     std::expected<void, StoreError> keep(const HistorySource& source, std::int64_t entryID, std::optional<std::string> note);
     std::expected<void, StoreError> unkeep(const HistorySource& source, std::int64_t entryID);
 
-    // Appends a measurement to the volume's log.
+    // Appends a measurement to the volume's log (which, like every file of the store, is
+    // written whole to a temporary file and renamed into place).
     std::expected<void, StoreError> recordMeasurement(std::string_view volume, const VolumeMeasurement& measurement);
     // The volume's measurements in the order recorded; none when it has no log.
     std::expected<std::vector<VolumeMeasurement>, StoreError> measurements(std::string_view volume);

@@ -19,7 +19,7 @@ using fixtures::utc;
 
 namespace {
 
-constexpr int iterations = 50;
+constexpr int iterations = 80;
 
 [[noreturn]] void saveUntilKilled(const std::string& directory, int iteration)
 {

@@ -190,17 +190,3 @@ TEST(SpaceForecast, Sentences)
     SpaceForecast beyond { utc(2025, 1, 1), utc(2025, 1, 11), 366 * GB, -1e9 };
     EXPECT_EQ(beyond.text(utcCalendar), "At this pace, room for more than a year.");
 }
-
-TEST(SpaceForecast, DurationTexts)
-{
-    struct Case {
-        double days;
-        const char* text;
-    };
-    const Case cases[] = {
-        { 0, "1 day" }, { 0.2, "1 day" }, { 1.49, "1 day" }, { 1.5, "2 days" }, { 13.4, "13 days" }, { 13.5, "2 weeks" },
-        { 24, "3 weeks" }, { 59.4, "8 weeks" }, { 59.5, "2 months" }, { 100, "3 months" }, { 365, "12 months" },
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(SpaceForecast::durationText(c.days), c.text) << c.days;
-}
