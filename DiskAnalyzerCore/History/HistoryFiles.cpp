@@ -1,0 +1,231 @@
+#include "History/HistoryFiles.hpp"
+
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace tarnwick::HistoryFiles {
+
+namespace {
+
+constexpr mode_t folderMode = 0700;
+constexpr mode_t fileMode = 0600;
+
+std::string parentOf(const std::string& path)
+{
+    std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos)
+        return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+FileSignature signatureOf(const struct stat& info)
+{
+    return { static_cast<std::uint64_t>(info.st_dev), static_cast<std::uint64_t>(info.st_ino), info.st_size,
+        info.st_mtim.tv_sec, info.st_mtim.tv_nsec };
+}
+
+bool writeAll(int descriptor, const std::uint8_t* data, std::size_t size)
+{
+    while (size > 0) {
+        ssize_t written = ::write(descriptor, data, size);
+        if (written < 0) {
+            if (errno == EINTR)
+                continue;
+            return false;
+        }
+        data += written;
+        size -= static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
+// A rename is durable only once the folder that holds the name is flushed too.
+void syncFolder(const std::string& folder)
+{
+    int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor >= 0) {
+        ::fsync(descriptor);
+        ::close(descriptor);
+    }
+}
+
+}
+
+bool isTemporaryName(std::string_view name)
+{
+    if (name.size() != temporaryPrefix.size() + 6 || !name.starts_with(temporaryPrefix))
+        return false;
+    for (char c : name.substr(temporaryPrefix.size())) {
+        bool alphanumeric = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+        if (!alphanumeric)
+            return false;
+    }
+    return true;
+}
+
+std::expected<FileSignature, Failure> writeAtomically(const std::string& path, std::span<const std::uint8_t> bytes)
+{
+    const std::string folder = parentOf(path);
+    std::string temporary = folder + "/" + std::string(temporaryPrefix) + "XXXXXX";
+    int descriptor = ::mkostemp(temporary.data(), O_CLOEXEC);
+    if (descriptor < 0)
+        return std::unexpected(Failure { path, errno });
+    struct stat info {};
+    bool written = ::fchmod(descriptor, fileMode) == 0 && writeAll(descriptor, bytes.data(), bytes.size())
+        && ::fsync(descriptor) == 0 && ::fstat(descriptor, &info) == 0;
+    int error = errno;
+    ::close(descriptor);
+    if (!written || ::rename(temporary.c_str(), path.c_str()) != 0) {
+        error = written ? errno : error;
+        ::unlink(temporary.c_str());
+        return std::unexpected(Failure { path, error });
+    }
+    syncFolder(folder);
+    return signatureOf(info);
+}
+
+std::expected<FileSignature, Failure> writeAtomically(const std::string& path, std::string_view text)
+{
+    return writeAtomically(path, std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
+}
+
+std::expected<std::vector<std::uint8_t>, Failure> readWhole(const std::string& path, FileSignature* signature)
+{
+    int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return std::unexpected(Failure { path, errno });
+    std::vector<std::uint8_t> bytes;
+    struct stat info {};
+    if (::fstat(descriptor, &info) == 0) {
+        if (info.st_size > 0)
+            bytes.reserve(static_cast<std::size_t>(info.st_size));
+        if (signature)
+            *signature = signatureOf(info);
+    }
+    std::uint8_t buffer[65536];
+    while (true) {
+        ssize_t count = ::read(descriptor, buffer, sizeof buffer);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0) {
+            int error = errno;
+            ::close(descriptor);
+            return std::unexpected(Failure { path, error });
+        }
+        if (count == 0)
+            break;
+        bytes.insert(bytes.end(), buffer, buffer + count);
+    }
+    ::close(descriptor);
+    return bytes;
+}
+
+std::optional<FileSignature> signature(const std::string& path)
+{
+    struct stat info {};
+    if (::stat(path.c_str(), &info) != 0)
+        return std::nullopt;
+    return signatureOf(info);
+}
+
+bool exists(const std::string& path)
+{
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0;
+}
+
+std::expected<void, Failure> makeFolder(const std::string& path)
+{
+    std::size_t position = 0;
+    while (position != std::string::npos) {
+        position = path.find('/', position + 1);
+        std::string prefix = path.substr(0, position);
+        if (prefix.empty())
+            continue;
+        if (::mkdir(prefix.c_str(), folderMode) != 0 && errno != EEXIST)
+            return std::unexpected(Failure { prefix, errno });
+    }
+    struct stat info {};
+    if (::stat(path.c_str(), &info) != 0)
+        return std::unexpected(Failure { path, errno });
+    if (!S_ISDIR(info.st_mode))
+        return std::unexpected(Failure { path, ENOTDIR });
+    return {};
+}
+
+std::expected<void, Failure> remove(const std::string& path)
+{
+    std::error_code error;
+    std::filesystem::remove_all(path, error);
+    if (error)
+        return std::unexpected(Failure { path, error.value() });
+    return {};
+}
+
+std::vector<std::string> list(const std::string& folder)
+{
+    std::vector<std::string> names;
+    DIR* directory = ::opendir(folder.c_str());
+    if (!directory)
+        return names;
+    while (const dirent* entry = ::readdir(directory)) {
+        std::string_view name = entry->d_name;
+        if (name != "." && name != "..")
+            names.emplace_back(name);
+    }
+    ::closedir(directory);
+    return names;
+}
+
+std::expected<LockFile, Failure> LockFile::open(const std::string& path)
+{
+    int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, fileMode);
+    if (descriptor < 0)
+        return std::unexpected(Failure { path, errno });
+    return LockFile(descriptor, path);
+}
+
+LockFile::LockFile(LockFile&& other) noexcept
+    : m_descriptor(std::exchange(other.m_descriptor, -1))
+    , m_path(std::move(other.m_path))
+{
+}
+
+LockFile& LockFile::operator=(LockFile&& other) noexcept
+{
+    if (this != &other) {
+        if (m_descriptor >= 0)
+            ::close(m_descriptor);
+        m_descriptor = std::exchange(other.m_descriptor, -1);
+        m_path = std::move(other.m_path);
+    }
+    return *this;
+}
+
+LockFile::~LockFile()
+{
+    if (m_descriptor >= 0)
+        ::close(m_descriptor);
+}
+
+std::expected<void, Failure> LockFile::lock()
+{
+    while (::flock(m_descriptor, LOCK_EX) != 0) {
+        if (errno != EINTR)
+            return std::unexpected(Failure { m_path, errno });
+    }
+    return {};
+}
+
+void LockFile::unlock()
+{
+    ::flock(m_descriptor, LOCK_UN);
+}
+
+}

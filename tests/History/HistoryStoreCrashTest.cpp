@@ -1,0 +1,113 @@
+// A process killed at any moment of a save must leave a store that opens with every listed
+// file present. Children save in a loop and are killed after a random short while.
+#include "History/HistoryStore.hpp"
+#include "History/HistoryTestSupport.hpp"
+#include "Support/TempFolder.hpp"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace tarnwick;
+using fixtures::utc;
+
+namespace {
+
+constexpr int iterations = 80;
+
+[[noreturn]] void saveUntilKilled(const std::string& directory, int iteration)
+{
+    std::mt19937 random(static_cast<unsigned>(iteration));
+    Date clock = utc(2024, 1, 1, 12) + std::chrono::hours(24 * 7 * iteration);
+    auto store = HistoryStore::open(directory, Calendar::fixed(0), 400'000, [&] { return clock; });
+    if (!store)
+        ::_exit(2);
+    const HistorySource sources[] = { { "/home/ann", "uuid-1" }, { "/srv/data", "dev:8:3" }, { "/", "uuid-1" } };
+    for (int step = 0;; ++step) {
+        clock += std::chrono::hours(9);
+        const HistorySource& source = sources[random() % 3];
+        HistoryStore::SnapshotFiles files;
+        files.date = clock;
+        files.total = static_cast<std::int64_t>(random());
+        files.current.assign(1000 + random() % 30000, static_cast<std::uint8_t>(step));
+        files.day.assign(500 + random() % 20000, static_cast<std::uint8_t>(step));
+        (void)(*store)->save(source, files);
+        (void)(*store)->recordMeasurement(source.volume, { clock, 1000, static_cast<std::int64_t>(random() % 1000), std::nullopt });
+        auto entries = (*store)->entries(source);
+        if (!entries.empty() && step % 3 == 0)
+            (void)(*store)->keep(source, entries[random() % entries.size()].id, "kept");
+        if (!entries.empty() && step % 3 == 1)
+            (void)(*store)->unkeep(source, entries[random() % entries.size()].id);
+    }
+}
+
+std::string readText(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::stringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+}
+
+TEST(HistoryStoreCrash, KilledSavesLeaveEveryListedFile)
+{
+    fixtures::TempFolder temp;
+    const std::string directory = temp / "History";
+    std::mt19937 random(20250310);
+    int listedAtSomePoint = 0;
+    for (int iteration = 0; iteration < iterations; ++iteration) {
+        pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0)
+            saveUntilKilled(directory, iteration);
+        ::usleep(static_cast<useconds_t>(random() % 25'000));
+        ::kill(child, SIGKILL);
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        ASSERT_TRUE(WIFSIGNALED(status)) << "the child stopped by itself: " << WEXITSTATUS(status);
+
+        // Read the index as it lies on disk, not through a store that would leave out missing files.
+        const std::string indexPath = directory + "/index.json";
+        if (!std::filesystem::exists(indexPath))
+            continue;
+        auto index = HistoryStore::Index::decode(readText(indexPath));
+        ASSERT_TRUE(index) << "iteration " << iteration;
+        for (const auto& record : index->sources) {
+            const std::string folder = directory + "/" + record.folder + "/";
+            EXPECT_TRUE(std::filesystem::exists(folder + "source.json")) << iteration;
+            for (const auto& entry : record.entries) {
+                EXPECT_TRUE(std::filesystem::exists(folder + entry.file)) << iteration << " " << entry.file;
+                ++listedAtSomePoint;
+            }
+            if (record.current) {
+                EXPECT_TRUE(std::filesystem::exists(folder + record.current->file)) << iteration;
+            }
+        }
+        auto store = HistoryStore::open(directory, Calendar::fixed(0), 400'000, nullptr);
+        ASSERT_TRUE(store);
+        EXPECT_FALSE((*store)->indexProblem()) << iteration;
+        EXPECT_EQ((*store)->index(), *index) << iteration;
+        for (const auto& record : index->sources) {
+            auto measurements = (*store)->measurements(record.source.volume);
+            EXPECT_TRUE(measurements) << iteration;
+        }
+    }
+    EXPECT_GT(listedAtSomePoint, 0);
+
+    // The lock of a killed writer is released with its process: the store still takes changes.
+    auto store = HistoryStore::open(directory, Calendar::fixed(0), 400'000, nullptr);
+    ASSERT_TRUE(store);
+    HistoryStore::SnapshotFiles files;
+    files.date = utc(2030, 1, 1);
+    files.current = { 1, 2, 3 };
+    files.day = { 4, 5 };
+    EXPECT_TRUE((*store)->save({ "/home/ann", "uuid-1" }, files));
+}

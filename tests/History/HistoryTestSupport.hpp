@@ -1,0 +1,47 @@
+#pragma once
+
+#include "History/Calendar.hpp"
+
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
+#include <optional>
+#include <string>
+
+namespace tarnwick::fixtures {
+
+// An instant given in UTC.
+inline Date utc(int year, unsigned month, unsigned day, int hour = 0, int minute = 0, int second = 0)
+{
+    using namespace std::chrono;
+    sys_days date { std::chrono::year { year } / std::chrono::month { month } / std::chrono::day { day } };
+    return Date(date) + hours(hour) + minutes(minute) + seconds(second);
+}
+
+// Sets the process's TZ for one test, so that the system calendar follows a real zone's
+// daylight-saving rules, and puts the old value back afterwards.
+class ScopedTimeZone {
+public:
+    explicit ScopedTimeZone(const char* zone)
+    {
+        if (const char* old = std::getenv("TZ"))
+            m_old = old;
+        ::setenv("TZ", zone, 1);
+        ::tzset();
+    }
+    ~ScopedTimeZone()
+    {
+        if (m_old)
+            ::setenv("TZ", m_old->c_str(), 1);
+        else
+            ::unsetenv("TZ");
+        ::tzset();
+    }
+    ScopedTimeZone(const ScopedTimeZone&) = delete;
+    ScopedTimeZone& operator=(const ScopedTimeZone&) = delete;
+
+private:
+    std::optional<std::string> m_old;
+};
+
+}
