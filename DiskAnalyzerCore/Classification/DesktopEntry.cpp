@@ -101,14 +101,19 @@ void assign(DesktopEntry& entry, std::string_view key, std::string value)
         entry.hidden = value == "true";
 }
 
+// Options of the wrappers that take a value as the next argument ("env -u NAME",
+// "sudo -u USER", "nice -n 10", "ionice -c 3").
+constexpr std::array<std::string_view, 6> optionsWithValue { "-u", "-C", "-g", "-n", "-c", "-p" };
+
 // The program after a wrapper's options and variable assignments; npos when none follows.
 std::size_t skipWrapper(const std::vector<std::string>& arguments, std::size_t index)
 {
     for (++index; index < arguments.size(); ++index) {
         const std::string& argument = arguments[index];
-        if (argument.starts_with('-') || argument.find('=') != std::string::npos)
-            continue;
-        return index;
+        if (contains(optionsWithValue, argument))
+            ++index;
+        else if (!argument.starts_with('-') && argument.find('=') == std::string::npos)
+            return index;
     }
     return std::string::npos;
 }

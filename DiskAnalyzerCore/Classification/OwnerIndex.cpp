@@ -200,6 +200,7 @@ void OwnerIndex::addDesktopEntry(std::string_view id, const DesktopEntry& entry)
     App& named = m_apps[static_cast<std::size_t>(app)];
     if (existing && !entry.name.empty() && named.displayName == named.id)
         named.displayName = entry.name;
+    m_ids.try_emplace(std::string(id), app);
     addName(app, id, Strength::identifier);
     addName(app, lastComponent(id, '.'), Strength::lastIDComponent);
     if (!entry.flatpakID.empty()) {

@@ -85,7 +85,9 @@ void OwnerPlaces::link(State from, std::string_view path, Owner owner, State tar
             return;
         }
     }
-    m_states[parent].exact.push_back({ std::string(name), target != settled ? target : addState(), owner });
+    // Made before indexing: a new state may move the states.
+    State next = target != settled ? target : addState();
+    m_states[parent].exact.push_back({ std::string(name), next, owner });
 }
 
 void OwnerPlaces::buildHome()
