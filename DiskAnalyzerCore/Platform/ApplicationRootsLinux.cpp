@@ -18,7 +18,7 @@ std::string environment(const char* name)
 std::string homeFromEnvironment()
 {
     std::string home = environment("HOME");
-    if (!home.empty())
+    if (!home.empty() && home.front() == '/')
         return home;
     // A service started without HOME still has a home in the password database.
     if (const passwd* entry = getpwuid(getuid()); entry && entry->pw_dir)

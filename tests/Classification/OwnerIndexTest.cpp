@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 
 using namespace tarnwick;
 using tarnwick::fixtures::TempFolder;
@@ -51,6 +52,8 @@ struct FakeMachine {
         writeText(systemApps + "website.desktop", "[Desktop Entry]\nType=Link\nName=Web\nURL=https://example.org\n");
         writeText(systemApps + "broken.desktop", "Name=No group\n");
         writeText(systemApps + "README", "not an entry");
+        // Reading a pipe would wait for a writer forever.
+        mkfifo((systemApps + "pipe.desktop").c_str(), 0644);
         writeText(systemApps + "zoom.desktop", desktopFile("Zoom Meetings", "/opt/zoom/ZoomLauncher %U"));
         // A Flatpak installation with its exported entry, and an uninstalled app's data.
         std::filesystem::create_directories(system + "/var/lib/flatpak/app/org.example.Paint/current");
@@ -120,9 +123,11 @@ TEST(OwnerIndex, ReadsDesktopEntriesInTheirPrecedence)
     EXPECT_EQ(appNamed(index, "website"), nullptr);
     // Entries in subfolders have ids with the folder as a prefix.
     ASSERT_NE(appNamed(index, "kde-games"), nullptr);
-    ASSERT_EQ(index.skipped().size(), 1u);
+    ASSERT_EQ(index.skipped().size(), 2u);
     EXPECT_TRUE(index.skipped()[0].path.ends_with("broken.desktop"));
     EXPECT_EQ(index.skipped()[0].error, DesktopEntry::Error::noDesktopEntryGroup);
+    EXPECT_TRUE(index.skipped()[1].path.ends_with("pipe.desktop"));
+    EXPECT_EQ(index.skipped()[1].error, DesktopEntry::Error::unreadable);
     EXPECT_EQ(index.systemName(), "Example OS 7 (Quiet)");
     // A program in /opt makes its folder there the app's place.
     EXPECT_EQ(appNamed(index, "zoom")->paths, (std::vector<std::string> { "/opt/zoom" }));
