@@ -1,10 +1,12 @@
 // Times the colour maps of a synthetic tree: classification, the content map, the two date
-// maps and the hidden map, one core, several rounds each.
+// maps, the hidden map and the owner map (with this machine's owner index), one core,
+// several rounds each. bench/ownermap.cpp looks at owners in a home-shaped tree.
 //   colormaps [NODES] [ROUNDS]      (1,000,000 nodes and 7 rounds by default)
 #include "Classification/ContentClassifier.hpp"
 #include "Classification/ContentMap.hpp"
 #include "Classification/DateGroup.hpp"
 #include "Classification/ModeBucketMaps.hpp"
+#include "Classification/OwnerMap.hpp"
 #include "Scanning/ScanTree.hpp"
 #include "Scanning/TreeBuilder.hpp"
 
@@ -117,6 +119,8 @@ int main(int argc, char** argv)
 
     const DateGroup::Boundaries boundaries = DateGroup::Boundaries::current();
     ContentClassifier::Classification classification;
+    const OwnerIndex ownerIndex = OwnerIndex::build(ApplicationRoots::current());
+    const OwnerPlaces ownerPlaces(ownerIndex);
     std::size_t sink = 0;
     struct Step {
         const char* name;
@@ -131,6 +135,7 @@ int main(int argc, char** argv)
         { "last-modified map", [&] { sink += ModeBucketMaps::dates(tree, ModeBucketMaps::DateKind::modified, boundaries)->storedTotals().size(); } },
         { "created map", [&] { sink += ModeBucketMaps::dates(tree, ModeBucketMaps::DateKind::created, boundaries)->storedTotals().size(); } },
         { "hidden map", [&] { sink += ModeBucketMaps::hidden(tree)->storedTotals().size(); } },
+        { "owner map (pass and bucket map)", [&] { sink += OwnerMap::build(*tree, ownerPlaces).buckets(tree)->groups().size(); } },
     };
     double totalMinimum = 0;
     double totalMedian = 0;
@@ -149,7 +154,8 @@ int main(int argc, char** argv)
         auto modified = ModeBucketMaps::dates(tree, ModeBucketMaps::DateKind::modified, boundaries);
         auto created = ModeBucketMaps::dates(tree, ModeBucketMaps::DateKind::created, boundaries);
         auto hidden = ModeBucketMaps::hidden(tree);
-        sink += content->buckets().storedTotals().size() + modified->width() + created->width() + hidden->width();
+        auto owner = OwnerMap::build(*tree, ownerPlaces).buckets(tree);
+        sink += content->buckets().storedTotals().size() + modified->width() + created->width() + hidden->width() + owner->groups().size();
     });
     std::printf("%-40s min %7.1f ms   median %7.1f ms\n", "all colour maps (end to end)", whole.minimum, whole.median);
     return sink == 0 ? 1 : 0;

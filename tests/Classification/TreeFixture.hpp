@@ -47,9 +47,9 @@ public:
     }
     NodeID add(std::string path, std::int64_t allocated = 0) { return add(Item { std::move(path), allocated }); }
 
-    std::shared_ptr<const ScanTree> finish(TreeBuilder::Metadata metadata = TreeBuilder::Metadata::included)
+    std::shared_ptr<const ScanTree> finish(TreeBuilder::Metadata metadata = TreeBuilder::Metadata::included, std::string rootPath = "/scan")
     {
-        return std::move(m_builder).finalize("/scan", ScanCoverage::whole(), metadata);
+        return std::move(m_builder).finalize(std::move(rootPath), ScanCoverage::whole(), metadata);
     }
 
     [[nodiscard]] NodeID id(const std::string& path) const { return m_ids.at(path); }
