@@ -9,6 +9,9 @@ namespace tarnwick::UserFolders {
 // path. The history and the app's socket live here.
 std::string dataFolder();
 
+// $XDG_CONFIG_HOME/tarnwick, or ~/.config/tarnwick by the same rule. The settings live here.
+std::string configFolder();
+
 // Creates the folder and the missing folders above it, each new one readable by this user
 // only. True when it exists afterwards.
 bool ensureFolder(const std::string& path);

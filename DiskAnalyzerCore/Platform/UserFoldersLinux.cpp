@@ -27,15 +27,27 @@ bool isFolder(const std::string& path)
     return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
+// The XDG variable when it holds an absolute path, else the fallback below the home folder;
+// then Tarnwick's own folder inside.
+std::string tarnwickFolder(const char* variable, const char* homeRelative)
+{
+    const char* value = std::getenv(variable);
+    std::string base = value != nullptr && value[0] == '/' ? std::string(value) : homeFolder() + homeRelative;
+    while (base.size() > 1 && base.back() == '/')
+        base.pop_back();
+    return (base == "/" ? "" : base) + "/tarnwick";
+}
+
 }
 
 std::string dataFolder()
 {
-    const char* dataHome = std::getenv("XDG_DATA_HOME");
-    std::string base = dataHome != nullptr && dataHome[0] == '/' ? std::string(dataHome) : homeFolder() + "/.local/share";
-    while (base.size() > 1 && base.back() == '/')
-        base.pop_back();
-    return (base == "/" ? "" : base) + "/tarnwick";
+    return tarnwickFolder("XDG_DATA_HOME", "/.local/share");
+}
+
+std::string configFolder()
+{
+    return tarnwickFolder("XDG_CONFIG_HOME", "/.config");
 }
 
 bool ensureFolder(const std::string& path)
