@@ -57,17 +57,17 @@ void LzvnEncoder::visit(std::size_t position)
     if (position < m_literalStart)
         return;
     Match best;
+    for (std::int32_t candidate : candidates)
+        consider(position, static_cast<std::size_t>(candidate), Candidate::fromHashTable, best);
     std::size_t previous = m_emitter.previousDistance();
     if (previous != 0 && previous <= position)
-        consider(position, position - previous, best);
-    for (std::int32_t candidate : candidates)
-        consider(position, static_cast<std::size_t>(candidate), best);
+        consider(position, position - previous, Candidate::atPreviousDistance, best);
     if (best.length == 0)
         return noMatchAt(position);
     choose(best);
 }
 
-void LzvnEncoder::consider(std::size_t position, std::size_t reference, Match& best) const
+void LzvnEncoder::consider(std::size_t position, std::size_t reference, Candidate candidate, Match& best) const
 {
     std::size_t distance = position - reference;
     if (reference >= position || distance > farthestDistance)
@@ -80,9 +80,11 @@ void LzvnEncoder::consider(std::size_t position, std::size_t reference, Match& b
         --match.start;
         ++match.length;
     }
-    // Reusing the previous distance costs no distance bytes; far distances cost one more.
+    // Reusing the previous distance costs no distance bytes; far distances cost one more. Only
+    // the explicit look at the previous distance earns the bonus, as in the reference encoder
+    // (a table hit at that distance scores by its distance alone).
     auto length = static_cast<std::ptrdiff_t>(match.length);
-    match.gain = distance == m_emitter.previousDistance() ? length - 1 : distance < shortDistanceLimit ? length - 2 : length - 3;
+    match.gain = candidate == Candidate::atPreviousDistance ? length - 1 : distance < shortDistanceLimit ? length - 2 : length - 3;
     if (best.length == 0 || match.gain > best.gain || (match.gain == best.gain && match.end() > best.end() + 1))
         best = match;
 }

@@ -29,7 +29,8 @@ private:
     };
 
     void visit(std::size_t position);
-    void consider(std::size_t position, std::size_t reference, Match& best) const;
+    enum class Candidate : std::uint8_t { fromHashTable, atPreviousDistance };
+    void consider(std::size_t position, std::size_t reference, Candidate candidate, Match& best) const;
     std::size_t matchLength(std::size_t position, std::size_t reference) const;
     void choose(const Match& incoming);
     void noMatchAt(std::size_t position);
