@@ -54,17 +54,12 @@ bool forEachTriple(std::size_t literals, std::size_t length, std::size_t distanc
 
 }
 
-LzfseEncoder::LzfseEncoder()
-    : m_buckets(std::size_t { 1 } << hashBits)
-{
-}
-
 void LzfseEncoder::reset()
 {
     Bucket empty;
     empty.positions.fill(noPosition);
     empty.values.fill(0);
-    std::fill(m_buckets.begin(), m_buckets.end(), empty);
+    m_buckets.assign(std::size_t { 1 } << hashBits, empty);
     m_literalStart = 0;
     m_base = 0;
     m_pending = {};

@@ -14,8 +14,6 @@ namespace tarnwick {
 // choices, so its output is about as compact.
 class LzfseEncoder {
 public:
-    LzfseEncoder();
-
     // Appends bvx2 blocks for `input` (not the end-of-stream marker) to `output`.
     void encode(std::span<const std::uint8_t> input, std::vector<std::uint8_t>& output);
 

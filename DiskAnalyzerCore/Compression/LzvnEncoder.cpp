@@ -27,14 +27,10 @@ std::uint32_t threeBytesAt(const std::uint8_t* bytes) { return ByteOrder::load32
 
 }
 
-LzvnEncoder::LzvnEncoder()
-    : m_buckets(std::size_t { 1 } << hashBits)
-{
-}
-
 std::vector<std::uint8_t> LzvnEncoder::encode(std::span<const std::uint8_t> input)
 {
-    std::fill(m_buckets.begin(), m_buckets.end(), std::array<std::int32_t, 4> {});
+    // Every bucket starts out pointing at position 0, a harmless first candidate.
+    m_buckets.assign(std::size_t { 1 } << hashBits, std::array<std::int32_t, 4> {});
     m_input = input;
     m_emitter.reset(input.size() + input.size() / 64 + 16);
     m_literalStart = 0;

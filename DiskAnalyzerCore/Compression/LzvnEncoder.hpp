@@ -14,8 +14,6 @@ namespace tarnwick {
 // distance and short distances, and one step of lazy evaluation.
 class LzvnEncoder {
 public:
-    LzvnEncoder();
-
     // The payload of a bvxn block for `input`, ending with the end-of-stream opcode.
     std::vector<std::uint8_t> encode(std::span<const std::uint8_t> input);
 
