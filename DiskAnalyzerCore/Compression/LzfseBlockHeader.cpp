@@ -128,7 +128,9 @@ std::optional<LzfseBlockHeader::Extent> LzfseBlockHeader::measure(std::span<cons
         std::uint64_t word2 = ByteOrder::load64(block.data() + 24);
         std::uint32_t rawBytes = ByteOrder::load32(block.data() + 4);
         std::uint64_t most = field(word0, 0, 20) + std::uint64_t { field(word0, 40, 20) } * maxMValue;
-        return Extent { std::uint64_t { field(word2, 0, 32) } + field(word0, 20, 20) + field(word1, 40, 20), rawBytes, rawBytes <= most };
+        std::uint32_t headerBytes = field(word2, 0, 32);
+        std::uint64_t blockBytes = std::uint64_t { headerBytes } + field(word0, 20, 20) + field(word1, 40, 20);
+        return Extent { blockBytes, rawBytes, rawBytes <= most && headerBytes >= v2FixedHeaderSize };
     }
     if (block.size() < 28)
         return std::nullopt;

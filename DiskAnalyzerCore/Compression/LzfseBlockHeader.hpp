@@ -40,7 +40,7 @@ struct LzfseBlockHeader {
     struct Extent {
         std::uint64_t blockBytes = 0;
         std::uint32_t rawBytes = 0;
-        bool plausible = false; // false when the header's counts cannot produce rawBytes
+        bool consistent = false; // false when the header cannot hold its own fields or produce rawBytes
     };
     // Empty when `block` is too short for the fixed fields (in the stream, a truncation).
     static std::optional<Extent> measure(std::span<const std::uint8_t> block);

@@ -4,6 +4,7 @@
 #include "Compression/LzfseFormat.hpp"
 
 #include <algorithm>
+#include <cassert>
 #include <bit>
 #include <limits>
 #include <utility>
@@ -25,8 +26,7 @@ constexpr std::size_t matchLengthCap = 100 * maxMValue;
 constexpr std::size_t literalBacklog = 8 * maxLValue;
 
 constexpr std::int32_t noPosition = std::numeric_limits<std::int32_t>::min();
-// Bucket positions are 32-bit offsets from a base that moves forward on very large inputs.
-constexpr std::size_t rebaseLimit = 0x7000'0000;
+// A rebase leaves the current position this far above the new base, more than any distance.
 constexpr std::int64_t rebaseKeeps = std::int64_t { 1 } << 20;
 
 constexpr std::uint32_t hash(std::uint32_t fourBytes) { return (fourBytes * 2654435761u) >> (32 - hashBits); }
@@ -54,6 +54,12 @@ bool forEachTriple(std::size_t literals, std::size_t length, std::size_t distanc
 
 }
 
+LzfseEncoder::LzfseEncoder(std::size_t rebaseInterval)
+    : m_rebaseInterval(rebaseInterval)
+{
+    assert(static_cast<std::int64_t>(rebaseInterval) > rebaseKeeps && rebaseInterval < std::numeric_limits<std::int32_t>::max() && "positions must fit in 32 bits");
+}
+
 void LzfseEncoder::reset()
 {
     Bucket empty;
@@ -72,7 +78,7 @@ void LzfseEncoder::encode(std::span<const std::uint8_t> input, std::vector<std::
     m_output = &output;
     // The last 8 bytes never start a match, which keeps every 8-byte comparison in bounds.
     for (std::size_t position = 0; position + 8 < input.size(); ++position) {
-        if (position - m_base >= rebaseLimit) [[unlikely]]
+        if (position - m_base >= m_rebaseInterval) [[unlikely]]
             rebase(position);
         visit(position);
     }

@@ -14,6 +14,11 @@ namespace tarnwick {
 // choices, so its output is about as compact.
 class LzfseEncoder {
 public:
+    // Hash-table positions are 32-bit offsets from a base that moves forward every
+    // `rebaseInterval` input bytes (more than 1 MiB), so inputs of any size can be encoded.
+    static constexpr std::size_t defaultRebaseInterval = 0x7000'0000;
+    explicit LzfseEncoder(std::size_t rebaseInterval = defaultRebaseInterval);
+
     // Appends bvx2 blocks for `input` (not the end-of-stream marker) to `output`.
     void encode(std::span<const std::uint8_t> input, std::vector<std::uint8_t>& output);
 
@@ -49,6 +54,7 @@ private:
     std::span<const std::uint8_t> m_input;
     std::vector<std::uint8_t>* m_output = nullptr;
     std::size_t m_literalStart = 0; // first input byte not yet covered by a triple
+    std::size_t m_rebaseInterval;
     std::size_t m_base = 0; // bucket positions are stored relative to this
     Match m_pending;
 };

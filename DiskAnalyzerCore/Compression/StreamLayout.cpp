@@ -41,7 +41,7 @@ std::optional<DecodeError> StreamLayout::measure(std::span<const std::uint8_t> r
             return DecodeError::truncated;
         block.rawBytes = extent->rawBytes;
         block.size = extent->blockBytes;
-        return extent->plausible ? std::nullopt : std::optional(DecodeError::damagedHeader);
+        return extent->consistent ? std::nullopt : std::optional(DecodeError::damagedHeader);
     }
     case BlockMagic::endOfStream:
         break;
@@ -66,6 +66,9 @@ std::optional<DecodeError> StreamLayout::read(std::span<const std::uint8_t> inpu
             return error;
         if (block.size > rest.size())
             return DecodeError::truncated;
+        // Every block's header is at least 8 bytes, so each step moves forward.
+        if (block.size < uncompressedHeaderSize)
+            return DecodeError::damagedHeader;
         if (block.rawBytes > maximumSize - m_decodedSize)
             return DecodeError::tooLarge;
         m_blocks.push_back({ magic, offset, static_cast<std::size_t>(block.size), block.rawBytes });

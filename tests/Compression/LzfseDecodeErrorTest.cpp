@@ -55,6 +55,15 @@ struct Case {
     std::optional<DecodeError> error; // empty: decodes
 };
 
+// A bvx2 header of zeros: it claims a 0-byte header and so a 0-byte block.
+Bytes zeroSizedEntropyBlock()
+{
+    Bytes stream = text("bvx2");
+    stream.resize(32, 0);
+    stream.insert(stream.end(), endMarker.begin(), endMarker.end());
+    return stream;
+}
+
 const Case cases[] = {
     { "empty input", {}, DecodeError::truncated },
     { "lone end marker", text("bvx$"), std::nullopt },
@@ -78,6 +87,7 @@ const Case cases[] = {
     { "lzvn literals past the payload", lzvnStream(15, { 0xEF, 'a' }, false), DecodeError::damagedData },
     { "lzvn large distance cut off", lzvnStream(3, { 0x07, 0x01 }, false), DecodeError::damagedData },
     { "lzvn announcing impossible output", lzvnStream(100000, { 0xE1, 'a' }), DecodeError::damagedHeader },
+    { "entropy block claiming no size", zeroSizedEntropyBlock(), DecodeError::damagedHeader },
 };
 
 class LzfseDecodeErrors : public testing::TestWithParam<Case> { };
