@@ -4,8 +4,8 @@
 #include "Compression/LzfseFormat.hpp"
 
 #include <algorithm>
-#include <cassert>
 #include <bit>
+#include <cassert>
 #include <limits>
 #include <utility>
 
