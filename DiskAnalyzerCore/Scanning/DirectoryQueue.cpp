@@ -18,6 +18,8 @@ void DirectoryQueue::add(std::vector<DirectoryTask> tasks)
         else
             std::move(tasks.begin(), tasks.end(), std::back_inserter(m_tasks));
     }
+    if (m_idleWorkers.load(std::memory_order_relaxed) == 0)
+        return;
     if (count == 1)
         m_condition.notify_one();
     else
@@ -37,7 +39,9 @@ std::optional<DirectoryTask> DirectoryQueue::take()
             m_tasks.pop_back();
             return task;
         }
+        m_idleWorkers.fetch_add(1, std::memory_order_relaxed);
         m_condition.wait(guard);
+        m_idleWorkers.fetch_sub(1, std::memory_order_relaxed);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "Scanning/DirectoryListing.hpp"
 
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <optional>
@@ -24,6 +25,8 @@ public:
     // Removes every waiting task (after a stop) and returns them.
     std::vector<DirectoryTask> drain();
     [[nodiscard]] std::size_t waitingCount();
+    // Whether a worker is idle for want of folders, read without the lock.
+    [[nodiscard]] bool isStarving() const { return m_idleWorkers.load(std::memory_order_relaxed) > 0; }
     [[nodiscard]] int workerTarget();
 
 private:
@@ -33,6 +36,7 @@ private:
     bool m_isClosed = false;
     int m_workerTarget = 0;
     int m_workerCount = 0;
+    std::atomic<int> m_idleWorkers { 0 };
 };
 
 }

@@ -244,7 +244,12 @@ void FileScanner::runWorker()
     ProcessResources::prepareScanThread(workerThreadName, m_options.priority);
     FolderLister::Callbacks callbacks;
     callbacks.isStopped = [this] { return isStopped(); };
-    callbacks.deliver = [this](DirectoryListing listing) { m_listings.add(std::move(listing)); };
+    callbacks.deliver = [this](DirectoryListing listing) {
+        // The collector hands out new folders, so wake it at once when anyone waits for work
+        // or when a folder is done (its subfolders become work).
+        bool urgent = m_directories.isStarving() || listing.wasStopped || (listing.isFinal && m_directories.waitingCount() == 0);
+        m_listings.add(std::move(listing), urgent);
+    };
     callbacks.entered = m_options.hooks.directoryEntered;
     callbacks.batchRead = m_options.hooks.directoryBatchRead;
     callbacks.isHomeFolder = [](const std::string& path) { return HomeFolders::isHomeFolder(path); };

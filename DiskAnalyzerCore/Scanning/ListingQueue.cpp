@@ -4,19 +4,25 @@
 
 namespace tarnwick {
 
-void ListingQueue::add(DirectoryListing listing)
+void ListingQueue::add(DirectoryListing listing, bool urgent)
 {
+    bool wake;
     {
         std::scoped_lock guard(m_lock);
         m_listings.push_back(std::move(listing));
+        wake = m_collectorWaiting && (urgent || m_listings.size() >= batchSize);
+        m_woken = m_woken || (wake && urgent);
     }
-    m_condition.notify_one();
+    if (wake)
+        m_condition.notify_one();
 }
 
 std::vector<DirectoryListing> ListingQueue::takeAll(std::chrono::milliseconds timeout)
 {
     std::unique_lock guard(m_lock);
-    m_condition.wait_for(guard, timeout, [this] { return !m_listings.empty() || m_woken; });
+    m_collectorWaiting = true;
+    m_condition.wait_for(guard, timeout, [this] { return m_listings.size() >= batchSize || m_woken; });
+    m_collectorWaiting = false;
     m_woken = false;
     return std::exchange(m_listings, {});
 }
