@@ -5,6 +5,7 @@
 #include "History/SnapshotLayout.hpp"
 #include "History/SnapshotPaths.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 namespace tarnwick {
@@ -15,6 +16,37 @@ std::int64_t Snapshot::size(std::int32_t node) const
     if (hasColors && index < preciseAllocated.size())
         return preciseAllocated[index];
     return index < allocated.size() ? allocated[index] : 0;
+}
+
+std::optional<std::int32_t> Snapshot::ownCreationDay(std::int32_t node) const
+{
+    auto found = std::lower_bound(ownCreationDays.begin(), ownCreationDays.end(), node,
+        [](const std::pair<std::int32_t, std::int32_t>& entry, std::int32_t wanted) { return entry.first < wanted; });
+    if (found == ownCreationDays.end() || found->first != node)
+        return std::nullopt;
+    return found->second;
+}
+
+std::span<const RestPart> Snapshot::Rests::of(std::int32_t node) const
+{
+    if (node < 0 || static_cast<std::size_t>(node) + 1 >= firstPart.size())
+        return {};
+    auto first = static_cast<std::size_t>(firstPart[static_cast<std::size_t>(node)]);
+    auto last = static_cast<std::size_t>(firstPart[static_cast<std::size_t>(node) + 1]);
+    if (first > last || last > parts.size())
+        return {};
+    return std::span(parts).subspan(first, last - first);
+}
+
+RestBuckets Snapshot::Rests::buckets() const
+{
+    RestBuckets result;
+    for (std::size_t node = 0; node + 1 < firstPart.size(); ++node) {
+        std::span<const RestPart> own = of(static_cast<std::int32_t>(node));
+        if (!own.empty())
+            result.parts.emplace(NodeID { static_cast<std::int32_t>(node) }, std::vector<RestPart>(own.begin(), own.end()));
+    }
+    return result;
 }
 
 std::string Snapshot::path(std::int32_t node) const
@@ -62,22 +94,26 @@ bool Snapshot::isConsistent() const
     auto validNode = [n](std::int32_t node) { return node >= 0 && static_cast<std::size_t>(node) < n; };
     if (!hasColors) {
         return preciseAllocated.empty() && logical.empty() && hidden.empty() && lastChangeDays.empty() && oldestItemDays.empty()
-            && ownCreationDays.empty() && restContent.empty() && restDays.empty();
+            && ownCreationDays.empty() && restContent.firstPart.empty() && restContent.parts.empty() && restDays.empty();
     }
     if (preciseAllocated.size() != n || logical.size() != n || hidden.size() != n || lastChangeDays.size() != n
         || oldestItemDays.size() != n)
         return false;
-    for (const auto& [node, day] : ownCreationDays) {
-        if (!validNode(node) || day == unknownDay)
+    for (std::size_t i = 0; i < ownCreationDays.size(); ++i) {
+        auto [node, day] = ownCreationDays[i];
+        if (!validNode(node) || day == unknownDay || (i > 0 && ownCreationDays[i - 1].first >= node))
             return false;
     }
-    for (const auto& [node, parts] : restContent.parts) {
-        if (!validNode(node.value))
+    const std::vector<std::int32_t>& first = restContent.firstPart;
+    if (first.size() != n + 1 || first[0] != 0 || static_cast<std::size_t>(first[n]) != restContent.parts.size())
+        return false;
+    for (std::size_t i = 0; i < n; ++i) {
+        if (first[i] > first[i + 1])
             return false;
-        for (const RestPart& part : parts) {
-            if (!SnapshotLayout::isValidRestPart(part.mode, part.key) || part.bytes < 0)
-                return false;
-        }
+    }
+    for (const RestPart& part : restContent.parts) {
+        if (!SnapshotLayout::isValidRestPart(part.mode, part.key) || part.bytes < 0)
+            return false;
     }
     return true;
 }

@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <expected>
 #include <limits>
-#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -41,6 +40,21 @@ struct Snapshot {
         std::int32_t oldest = std::numeric_limits<std::int32_t>::min();
         std::int32_t created = std::numeric_limits<std::int32_t>::min();
         bool operator==(const Timestamps&) const = default;
+    };
+
+    // Per kept folder, how its bytes that no kept child accounts for split by content
+    // category, modification and creation date group, and visibility (the colour totals of
+    // the scan, less those of the kept subfolders). Flat: node i's parts are
+    // parts[firstPart[i]] up to parts[firstPart[i + 1]]; firstPart holds nodeCount + 1
+    // entries with colours and none without.
+    struct Rests {
+        std::vector<std::int32_t> firstPart;
+        std::vector<RestPart> parts;
+
+        [[nodiscard]] std::span<const RestPart> of(std::int32_t node) const;
+        // In the form a tree made from the snapshot takes them, keyed by node index.
+        [[nodiscard]] RestBuckets buckets() const;
+        bool operator==(const Rests&) const = default;
     };
 
     struct Header;
@@ -81,7 +95,8 @@ struct Snapshot {
     std::vector<bool> hidden;
     std::vector<std::int32_t> lastChangeDays; // unknownDay when not known
     std::vector<std::int32_t> oldestItemDays;
-    std::map<std::int32_t, std::int32_t> ownCreationDays; // node -> day, only nodes that have one
+    // Node -> creation day of the node itself, sorted by node, only for nodes that have one.
+    std::vector<std::pair<std::int32_t, std::int32_t>> ownCreationDays;
     // Per-node dates in the version 5 form; empty in snapshots reduced now, whose dates are
     // in the three day columns above.
     std::vector<Timestamps> timestamps;
@@ -89,15 +104,14 @@ struct Snapshot {
     // snapshot was made (start of its day, 7 days, 30 days and a year before); empty
     // without colours.
     std::vector<std::int32_t> restDays;
-    // Per kept folder, how its bytes that no kept child accounts for split by content
-    // category, modification and creation date group, and visibility. Keyed by node index.
-    RestBuckets restContent;
+    Rests restContent;
     ScanCoverage coverage;
 
     [[nodiscard]] std::int32_t nodeCount() const { return static_cast<std::int32_t>(names.size()); }
     // The size comparisons use: preciseAllocated when the snapshot has colours, else the
     // rounded size.
     [[nodiscard]] std::int64_t size(std::int32_t node) const;
+    [[nodiscard]] std::optional<std::int32_t> ownCreationDay(std::int32_t node) const;
     // The absolute path of a node.
     [[nodiscard]] std::string path(std::int32_t node) const;
     // The node at an absolute path (or one relative to the root); absent when not kept.

@@ -105,6 +105,8 @@ struct RecordReader {
         if (!name)
             return false;
         snapshot.names[i] = nameFrom(*name);
+        if (withColors)
+            snapshot.restContent.firstPart[i] = static_cast<std::int32_t>(snapshot.restContent.parts.size());
         if (withDayValues && isContainer(snapshot.kinds[i]))
             return readDaysAndRests(i);
         return true;
@@ -135,13 +137,8 @@ struct RecordReader {
         snapshot.lastChangeDays[i] = *lastChange;
         snapshot.oldestItemDays[i] = *oldest;
         if (*created != Snapshot::unknownDay)
-            snapshot.ownCreationDays.emplace_hint(snapshot.ownCreationDays.end(), node, *created);
-        std::vector<RestPart> parts;
-        if (!readRests(reader, SnapshotLayout::sizeUnit(node), parts))
-            return false;
-        if (!parts.empty())
-            snapshot.restContent.parts.emplace(NodeID { node }, std::move(parts));
-        return true;
+            snapshot.ownCreationDays.emplace_back(node, *created);
+        return readRests(reader, SnapshotLayout::sizeUnit(node), snapshot.restContent.parts);
     }
 };
 
@@ -166,6 +163,7 @@ Snapshot emptySnapshot(const Snapshot::Header& header, std::size_t n)
         snapshot.hidden.resize(n);
         snapshot.lastChangeDays.assign(n, Snapshot::unknownDay);
         snapshot.oldestItemDays.assign(n, Snapshot::unknownDay);
+        snapshot.restContent.firstPart.assign(n + 1, 0);
         if (header.restDays)
             snapshot.restDays = *header.restDays;
     }
@@ -186,7 +184,7 @@ void takeDatesFromTimestamps(Snapshot& snapshot)
         snapshot.lastChangeDays[i] = dates.modified;
         snapshot.oldestItemDays[i] = dates.oldest;
         if (dates.created != Snapshot::unknownDay)
-            snapshot.ownCreationDays.emplace_hint(snapshot.ownCreationDays.end(), static_cast<std::int32_t>(i), dates.created);
+            snapshot.ownCreationDays.emplace_back(static_cast<std::int32_t>(i), dates.created);
     }
 }
 
@@ -220,11 +218,13 @@ std::expected<Snapshot, Snapshot::DecodingError> decodeBody(std::span<const std:
     const bool withDayValues = header->hasColors && version >= Snapshot::currentVersion;
     RecordReader records { reader, snapshot, header->dayOrigin, header->hasColors, withDayValues };
     if (header->hasColors)
-        snapshot.restContent.parts.reserve(n);
+        snapshot.restContent.parts.reserve(4 * n);
     for (std::size_t i = 0; i < n; ++i) {
         if (!records.read(i))
             return std::unexpected(Error::damaged());
     }
+    if (header->hasColors)
+        snapshot.restContent.firstPart[n] = static_cast<std::int32_t>(snapshot.restContent.parts.size());
     if (!reader.atEnd())
         return std::unexpected(Error::damaged());
     if (version < Snapshot::currentVersion)

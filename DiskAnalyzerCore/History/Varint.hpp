@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -23,19 +25,60 @@ constexpr std::int64_t unzigzag(std::uint64_t folded)
     return static_cast<std::int64_t>((folded >> 1) ^ (~(folded & 1) + 1));
 }
 
-inline void append(std::vector<std::uint8_t>& out, std::uint64_t value)
-{
-    std::uint8_t bytes[maximumLength];
-    std::size_t length = 0;
-    while (value >= 0x80) {
-        bytes[length++] = static_cast<std::uint8_t>(value | 0x80);
-        value >>= 7;
+// Fills one byte buffer front to back; grows it (doubling) only when a write would not fit.
+class Writer {
+public:
+    explicit Writer(std::size_t capacity)
+        : m_buffer(std::max<std::size_t>(capacity, 64))
+    {
     }
-    bytes[length++] = static_cast<std::uint8_t>(value);
-    out.insert(out.end(), bytes, bytes + length);
-}
 
-inline void appendSigned(std::vector<std::uint8_t>& out, std::int64_t value) { append(out, zigzag(value)); }
+    void byte(std::uint8_t value)
+    {
+        reserve(1);
+        m_buffer[m_used++] = value;
+    }
+
+    void varint(std::uint64_t value)
+    {
+        reserve(maximumLength);
+        std::uint8_t* out = m_buffer.data() + m_used;
+        while (value >= 0x80) {
+            *out++ = static_cast<std::uint8_t>(value | 0x80);
+            value >>= 7;
+        }
+        *out++ = static_cast<std::uint8_t>(value);
+        m_used = static_cast<std::size_t>(out - m_buffer.data());
+    }
+
+    void signedVarint(std::int64_t value) { varint(zigzag(value)); }
+
+    void bytes(const void* data, std::size_t count)
+    {
+        reserve(count);
+        if (count > 0)
+            std::memcpy(m_buffer.data() + m_used, data, count);
+        m_used += count;
+    }
+
+    [[nodiscard]] std::size_t size() const { return m_used; }
+
+    std::vector<std::uint8_t> finish() &&
+    {
+        m_buffer.resize(m_used);
+        return std::move(m_buffer);
+    }
+
+private:
+    void reserve(std::size_t extra)
+    {
+        if (m_used + extra > m_buffer.size())
+            m_buffer.resize(std::max(m_buffer.size() * 2, m_used + extra));
+    }
+
+    std::vector<std::uint8_t> m_buffer;
+    std::size_t m_used = 0;
+};
 
 // Reads bytes front to back; every read checks the bounds and fails (empty optional) rather
 // than running past the end, so a reader of untrusted data never crashes.

@@ -30,25 +30,25 @@ inline Snapshot reduceWithoutColors(const std::shared_ptr<const ScanTree>& tree)
 }
 
 // What a round trip through a file with colours keeps of a snapshot: the root exactly, every
-// other node's size and rest parts cut to whole 100,000 bytes (parts that come to nothing
-// are not written).
+// other node's size cut to whole 100,000 bytes and its rest parts rounded to the nearest
+// 100,000 bytes (parts that come to nothing are not written).
 inline Snapshot afterColorRoundTrip(Snapshot snapshot)
 {
     constexpr std::int64_t unit = 100'000;
     for (std::size_t i = 1; i < snapshot.preciseAllocated.size(); ++i)
         snapshot.preciseAllocated[i] = snapshot.preciseAllocated[i] / unit * unit;
-    for (auto it = snapshot.restContent.parts.begin(); it != snapshot.restContent.parts.end();) {
-        if (it->first.value != 0) {
-            std::vector<RestPart> kept;
-            for (RestPart part : it->second) {
-                part.bytes = part.bytes / unit * unit;
-                if (part.bytes > 0)
-                    kept.push_back(part);
-            }
-            it->second = std::move(kept);
+    Snapshot::Rests rests;
+    for (std::int32_t node = 0; node < snapshot.nodeCount(); ++node) {
+        rests.firstPart.push_back(static_cast<std::int32_t>(rests.parts.size()));
+        for (RestPart part : snapshot.restContent.of(node)) {
+            if (node != 0)
+                part.bytes = (part.bytes + unit / 2) / unit * unit;
+            if (part.bytes > 0)
+                rests.parts.push_back(part);
         }
-        it = it->second.empty() ? snapshot.restContent.parts.erase(it) : std::next(it);
     }
+    rests.firstPart.push_back(static_cast<std::int32_t>(rests.parts.size()));
+    snapshot.restContent = std::move(rests);
     return snapshot;
 }
 

@@ -127,10 +127,10 @@ TEST(Snapshot, ColorsKeepPreciseSizesDaysAndRests)
     EXPECT_EQ(snapshot.lastChangeDays[projects], today);
     EXPECT_EQ(snapshot.oldestItemDays[projects], today - 400);
     EXPECT_EQ(snapshot.restDays.front(), today);
-    EXPECT_FALSE(snapshot.ownCreationDays.contains(static_cast<std::int32_t>(projects))); // folders made by the fixture have no date
+    EXPECT_EQ(snapshot.ownCreationDay(static_cast<std::int32_t>(projects)), std::nullopt); // folders made by the fixture have no date
 
     // What lies in Projects besides Build: the video, the text and the small folder.
-    auto parts = snapshot.restContent.parts.at(NodeID { static_cast<std::int32_t>(projects) });
+    std::span<const RestPart> parts = snapshot.restContent.of(static_cast<std::int32_t>(projects));
     auto bytesOf = [&](RestMode mode, std::uint8_t key) {
         std::int64_t total = 0;
         for (const RestPart& part : parts)
