@@ -1,9 +1,10 @@
 // Times snapshots of a synthetic disk whose snapshot keeps a given number of folders:
 // reduction of the scan tree (with colours), encoding, decoding, and the comparison of two
-// such snapshots. One core, several rounds each; the colour maps are built beforehand, as
+// such snapshots. One core, several rounds each (minimum and median wall time); the colour maps are built beforehand, as
 // the app has them from showing the scan.
 //   snapshot [KEPT_FOLDERS] [ROUNDS]      (50,000 kept folders and 9 rounds by default)
 #include "Classification/TimeZone.hpp"
+#include "History/HistoryChanges.hpp"
 #include "History/Snapshot.hpp"
 #include "History/SnapshotEncoder.hpp"
 #include "History/SnapshotReducer.hpp"
@@ -49,7 +50,11 @@ constexpr std::array<std::string_view, 16> extensions {
 
 // Every large folder holds a few files of 2 to 6 MB, so it reaches 10 MB on its own, and
 // one small folder of small files that the snapshot leaves out.
-std::shared_ptr<const ScanTree> syntheticDisk(std::size_t keptFolders, std::uint64_t seed)
+// The later disk is the same one a while on: a tenth of the files grew by half and one
+// folder in two hundred was renamed (so it shows as removed and new).
+enum class Version { earlier, later };
+
+std::shared_ptr<const ScanTree> syntheticDisk(std::size_t keptFolders, std::uint64_t seed, Version version = Version::earlier)
 {
     SplitMix random { seed };
     TreeBuilder builder("disk", NodeKind::directory, std::nullopt, keptFolders * 12);
@@ -66,6 +71,8 @@ std::shared_ptr<const ScanTree> syntheticDisk(std::size_t keptFolders, std::uint
             if (!extension.empty())
                 name.append(".").append(extension);
             auto size = smallest + static_cast<std::int64_t>(random.below(static_cast<std::size_t>(range)));
+            if (random.below(10) == 0 && version == Version::later)
+                size += size / 2;
             std::int32_t modified = date(2 * 365 * 86400);
             builder.addNode(folder, name, NodeKind::file, size, size - static_cast<std::int64_t>(random.below(4096)), serial, modified,
                 modified - static_cast<std::int32_t>(random.below(86400 * 365)), false);
@@ -79,6 +86,8 @@ std::shared_ptr<const ScanTree> syntheticDisk(std::size_t keptFolders, std::uint
         for (int copy = 2; !namesInUse.insert(std::to_string(parent.value) + "/" + name).second; ++copy)
             name = std::string(folderNames[random.below(folderNames.size())]) + " " + std::to_string(copy);
         ++serial;
+        if (random.below(200) == 0 && version == Version::later)
+            name += " (renamed)";
         NodeKind kind = name.find(".xcodeproj") != std::string::npos ? NodeKind::package : NodeKind::directory;
         std::int32_t created = date(3 * 365 * 86400);
         NodeID folder = builder.addNode(parent, name, kind, std::nullopt, std::nullopt, serial, created, created, name.front() == '.');
@@ -149,5 +158,16 @@ int main(int argc, char** argv)
     }));
     report("decode (with colours)", timeRounds(rounds, [&] { sink += Snapshot::decode(file).value().names.size(); }), "goal < 15 ms");
     report("decode (without colours)", timeRounds(rounds, [&] { sink += Snapshot::decode(plainFile).value().names.size(); }));
+
+    std::shared_ptr<const ScanTree> laterTree = syntheticDisk(keptFolders, 42, Version::later);
+    SnapshotColors laterColors = SnapshotColors::make(laterTree, boundaries);
+    auto earlier = std::make_shared<const Snapshot>(std::move(snapshot));
+    auto later = std::make_shared<const Snapshot>(
+        SnapshotReducer::reduce(*laterTree, { options.date + std::chrono::hours(24 * 30), options.volume, &laterColors, &zone }));
+    auto sample = HistoryQueries::changes(earlier, later).value();
+    std::printf("changes: %+.1f GB, %zu changed places inside (+%lld more), %zu in grew most\n", static_cast<double>(sample.change) / 1e9,
+        sample.inside.size(), static_cast<long long>(sample.moreInside), sample.grewMost.size());
+    report("changes between two snapshots", timeRounds(rounds, [&] { sink += HistoryQueries::changes(earlier, later)->inside.size(); }),
+        "goal < 20 ms");
     return sink == 0 ? 1 : 0;
 }
