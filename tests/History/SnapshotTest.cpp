@@ -260,3 +260,43 @@ TEST(Snapshot, PathsAndLookups)
     EXPECT_EQ(snapshot.node("/scan/Projects/small"), std::nullopt);
     EXPECT_EQ(snapshot.node("/elsewhere/Projects"), std::nullopt);
 }
+
+// The example of History/SNAPSHOT-FORMAT.md, byte for byte.
+TEST(Snapshot, WorkedExampleOfTheFormat)
+{
+    Snapshot s;
+    s.date = Date(std::chrono::seconds(1'717'243'200));
+    s.rootPath = "/home/ann";
+    s.names = { "ann", "Movies" };
+    s.parents = { -1, 0 };
+    s.kinds = { NodeKind::directory, NodeKind::directory };
+    s.flags = { NodeFlags(), NodeFlags() };
+    s.allocated = { 120'000'000, 100'000'000 };
+    s.hasColors = true;
+    s.preciseAllocated = { 123'456'789, 100'000'000 };
+    s.logical = { 120'000'000, 100'000'000 };
+    s.hidden = { false, false };
+    s.lastChangeDays = { 8552, 8550 };
+    s.oldestItemDays = { 8000, Snapshot::unknownDay };
+    s.ownCreationDays = { { 0, 7000 } };
+    s.restDays = { 8552, 8545, 8522, 8186 };
+    s.restContent.firstPart = { 0, 4, 8 };
+    const std::int64_t rest = 23'456'789, movies = 100'000'000;
+    s.restContent.parts = {
+        { RestMode::content, 3, rest }, { RestMode::modified, 0, rest }, { RestMode::created, 4, rest }, { RestMode::hidden, 0, rest },
+        { RestMode::content, 0, movies }, { RestMode::modified, 1, movies }, { RestMode::created, 1, movies }, { RestMode::hidden, 0, movies },
+    };
+    const std::string header = R"({"date":738936000.0,"detail":0,"threshold":10000000,"rootPath":"/home/ann","nodeCount":2,)"
+                               R"("dayOrigin":8552,"hasColors":true,"restDays":[8552,8545,8522,8186]})";
+    std::vector<std::uint8_t> expected { 0x9c, 0x01 };
+    expected.insert(expected.end(), header.begin(), header.end());
+    const std::vector<std::uint8_t> records {
+        0x00, 0x00, 0x00, 0x95, 0x9a, 0xef, 0x3a, 0xa9, 0xfc, 0xa5, 0x03, 0x03, 'a', 'n', 'n', 0x01, 0xd0, 0x08, 0xa0, 0x18,
+        0x03, 0x95, 0xd8, 0x97, 0x0b, 0x10, 0x95, 0xd8, 0x97, 0x0b, 0x24, 0x95, 0xd8, 0x97, 0x0b, 0x30, 0x95, 0xd8, 0x97, 0x0b, 0x7f,
+        0x01, 0x00, 0x00, 0xe8, 0x07, 0x00, 0x06, 'M', 'o', 'v', 'i', 'e', 's', 0x04, 0x00, 0x00,
+        0x00, 0xe8, 0x07, 0x11, 0xe8, 0x07, 0x21, 0xe8, 0x07, 0x30, 0xe8, 0x07, 0x7f,
+    };
+    expected.insert(expected.end(), records.begin(), records.end());
+    EXPECT_EQ(SnapshotEncoder::body(s, Snapshot::Colors::with).value(), expected);
+    EXPECT_EQ(decoded(s.encode().value()), s);
+}
