@@ -1,0 +1,55 @@
+#pragma once
+
+#include "Classification/TreeFixture.hpp"
+#include "History/Snapshot.hpp"
+#include "History/SnapshotReducer.hpp"
+
+#include <memory>
+
+namespace tarnwick::testing {
+
+// A fixed clock and zone, so that day numbers and date groups do not depend on the machine.
+inline constexpr std::int64_t fixtureNowUnix = 1'717'243'200; // 2024-06-01 12:00:00 UTC
+inline constexpr std::int64_t fixtureZoneOffset = 2 * 3600;
+
+inline Date fixtureNow() { return Date(std::chrono::seconds(fixtureNowUnix)); }
+// Stored seconds (since 2001) of a moment some days before the fixture's now.
+inline std::int32_t daysAgo(int days) { return static_cast<std::int32_t>(fixtureNowUnix - TreeDate::referenceUnixSeconds - days * 86400); }
+
+inline Snapshot reduceWithColors(const std::shared_ptr<const ScanTree>& tree)
+{
+    static const FixedTimeZone zone(fixtureZoneOffset);
+    SnapshotColors colors = SnapshotColors::make(tree, DateGroup::Boundaries::make(fixtureNow(), zone));
+    return SnapshotReducer::reduce(*tree, { fixtureNow(), Snapshot::Volume { 500'000'000'000, 120'000'000'000 }, &colors, &zone });
+}
+
+inline Snapshot reduceWithoutColors(const std::shared_ptr<const ScanTree>& tree)
+{
+    static const FixedTimeZone zone(fixtureZoneOffset);
+    return SnapshotReducer::reduce(*tree, { fixtureNow(), std::nullopt, nullptr, &zone });
+}
+
+// What a round trip through a file with colours keeps of a snapshot: the root exactly, every
+// other node's size cut to whole 100,000 bytes and its rest parts rounded to the nearest
+// 100,000 bytes (parts that come to nothing are not written).
+inline Snapshot afterColorRoundTrip(Snapshot snapshot)
+{
+    constexpr std::int64_t unit = 100'000;
+    for (std::size_t i = 1; i < snapshot.preciseAllocated.size(); ++i)
+        snapshot.preciseAllocated[i] = snapshot.preciseAllocated[i] / unit * unit;
+    Snapshot::Rests rests;
+    for (std::int32_t node = 0; node < snapshot.nodeCount(); ++node) {
+        rests.firstPart.push_back(static_cast<std::int32_t>(rests.parts.size()));
+        for (RestPart part : snapshot.restContent.of(node)) {
+            if (node != 0)
+                part.bytes = (part.bytes + unit / 2) / unit * unit;
+            if (part.bytes > 0)
+                rests.parts.push_back(part);
+        }
+    }
+    rests.firstPart.push_back(static_cast<std::int32_t>(rests.parts.size()));
+    snapshot.restContent = std::move(rests);
+    return snapshot;
+}
+
+}
