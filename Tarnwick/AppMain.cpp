@@ -4,8 +4,11 @@
 #include "AgentTools.hpp"
 #include "AppCommands.hpp"
 #include "AppModel.hpp"
+#include "History/HistoryStore.hpp"
+#include "HistoryRecorder.hpp"
 #include "MainExecutor.hpp"
 #include "Platform/SystemLog.hpp"
+#include "Platform/UserFolders.hpp"
 
 #include <csignal>
 #include <pthread.h>
@@ -52,6 +55,14 @@ int run(const std::vector<std::string>& words)
     std::thread terminationWatch = watchForTermination(executor, signals);
     {
         AppModel model(executor);
+        auto store = HistoryStore::open(UserFolders::dataFolder() + "/" + std::string(HistoryStore::historyFolderName));
+        if (!store)
+            SystemLog::write(SystemLog::Level::error, "history", "couldn't open the history: " + store.error().message());
+        std::unique_ptr<HistoryRecorder> recorder;
+        if (store) {
+            recorder = std::make_unique<HistoryRecorder>(**store, nullptr);
+            model.addResultObserver([&recorder](const AppModel::Result& result) { recorder->record(result); });
+        }
         AgentTools tools(model, executor);
         auto listener = AgentListener::startForApp([&tools](const AgentCommands::Request& request) { return tools.handle(request); }, {});
         if (!listener) {
