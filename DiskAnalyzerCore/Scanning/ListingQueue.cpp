@@ -10,8 +10,10 @@ void ListingQueue::add(DirectoryListing listing, bool urgent)
     {
         std::scoped_lock guard(m_lock);
         m_listings.push_back(std::move(listing));
+        // Urgency is remembered even while the collector is busy, so that it does not
+        // go to sleep on a listing that others are waiting for.
+        m_woken = m_woken || urgent;
         wake = m_collectorWaiting && (urgent || m_listings.size() >= batchSize);
-        m_woken = m_woken || (wake && urgent);
     }
     if (wake)
         m_condition.notify_one();
