@@ -237,7 +237,7 @@ TEST(ContentClassifier, AgentFoldersKeepMediaButNotTools)
         { ".claude/models/weights.bin", ContentCategory::ai },
         { ".claude/Screen Recordings/demo.mov", ContentCategory::ai },
         { ".claude/Movies/demo.mov", ContentCategory::ai },
-        { ".claude/Documents/spec.pdf", ContentCategory::ai },
+        { ".claude/Documents/plan.pdf", ContentCategory::ai },
         { ".claude/.docker/disk.raw", ContentCategory::ai },
         { ".claude/Screen Recordings/node_modules/a.js", ContentCategory::developer },
         { ".ollama/models/blob", ContentCategory::ai },
