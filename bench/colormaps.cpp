@@ -2,6 +2,7 @@
 // maps, the hidden map and the owner map (with this machine's owner index), one core,
 // several rounds each. bench/ownermap.cpp looks at owners in a home-shaped tree.
 //   colormaps [NODES] [ROUNDS]      (1,000,000 nodes and 7 rounds by default)
+#include "support/BenchTiming.hpp"
 #include "Classification/ContentClassifier.hpp"
 #include "Classification/ContentMap.hpp"
 #include "Classification/DateGroup.hpp"
@@ -21,29 +22,10 @@
 #include <vector>
 
 using namespace tarnwick;
+using namespace tarnwick::bench;
 
 namespace {
 
-// A small deterministic generator, so every run times the same tree.
-struct SplitMix {
-    std::uint64_t state;
-    std::uint64_t next()
-    {
-        std::uint64_t z = (state += 0x9E3779B97F4A7C15ull);
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
-        return z ^ (z >> 31);
-    }
-    std::size_t below(std::size_t bound) { return static_cast<std::size_t>(next() % bound); }
-};
-
-// Folder names: about half say something to the classifier.
-constexpr std::array<std::string_view, 40> folderNames {
-    "Documents", "Projects", "node_modules", ".git", "Caches", "src", "lib", "assets", "build", "target",
-    "Pictures", "Movies", "Music", "Library", "Application Support", ".venv", "site-packages", "Logs", "tmp", "DerivedData",
-    "data", "images", "docs", "test", "vendor", "modules", "components", "utils", "include", "Resources",
-    "Contents", "Frameworks", "old backup", ".claude", "models", "Cache", "Mail", "Downloads", "archive", "Project.xcodeproj",
-};
 // File extensions: common, rare, unknown and none.
 constexpr std::array<std::string_view, 32> extensions {
     "js", "ts", "json", "py", "pyc", "h", "cpp", "o", "png", "jpg", "JPG", "mp4", "mov", "mp3", "pdf", "txt",
@@ -79,23 +61,6 @@ std::shared_ptr<const ScanTree> syntheticTree(std::size_t nodes)
         builder.addNode(parent, name, NodeKind::file, size, size - static_cast<std::int64_t>(random.below(4096)), i, modified, created, false);
     }
     return std::move(builder).finalize("/home", ScanCoverage::whole(), TreeBuilder::Metadata::included);
-}
-
-struct Timing {
-    double minimum = 0;
-    double median = 0;
-};
-
-Timing timeRounds(int rounds, const std::function<void()>& work)
-{
-    std::vector<double> milliseconds;
-    for (int r = 0; r < rounds; ++r) {
-        auto start = std::chrono::steady_clock::now();
-        work();
-        milliseconds.push_back(std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
-    }
-    std::sort(milliseconds.begin(), milliseconds.end());
-    return { milliseconds.front(), milliseconds[milliseconds.size() / 2] };
 }
 
 }

@@ -2,6 +2,7 @@
 // owner pass over the tree and the owner mode's bucket map, one core, several rounds each.
 // Also reads this machine's own index once.
 //   ownermap [NODES] [ROUNDS]      (1,000,000 nodes and 7 rounds by default)
+#include "support/BenchTiming.hpp"
 #include "Classification/OwnerMap.hpp"
 #include "Classification/OwnerPlaces.hpp"
 #include "Scanning/ScanTree.hpp"
@@ -17,22 +18,11 @@
 #include <vector>
 
 using namespace tarnwick;
+using namespace tarnwick::bench;
 
 namespace {
 
 constexpr int appCount = 300;
-
-struct SplitMix {
-    std::uint64_t state;
-    std::uint64_t next()
-    {
-        std::uint64_t z = (state += 0x9E3779B97F4A7C15ull);
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
-        return z ^ (z >> 31);
-    }
-    std::size_t below(std::size_t bound) { return static_cast<std::size_t>(next() % bound); }
-};
 
 OwnerIndex syntheticIndex()
 {
@@ -87,23 +77,6 @@ std::shared_ptr<const ScanTree> syntheticHome(std::size_t nodes)
         builder.addNode(parent, name, NodeKind::file, size, size, 0, 0, 0, false);
     }
     return std::move(builder).finalize("/home/user", ScanCoverage::whole(), TreeBuilder::Metadata::included);
-}
-
-struct Timing {
-    double minimum = 0;
-    double median = 0;
-};
-
-Timing timeRounds(int rounds, const std::function<void()>& work)
-{
-    std::vector<double> milliseconds;
-    for (int r = 0; r < rounds; ++r) {
-        auto start = std::chrono::steady_clock::now();
-        work();
-        milliseconds.push_back(std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
-    }
-    std::sort(milliseconds.begin(), milliseconds.end());
-    return { milliseconds.front(), milliseconds[milliseconds.size() / 2] };
 }
 
 void report(const char* name, Timing timing)

@@ -3,6 +3,7 @@
 // such snapshots. One core, several rounds each (minimum and median wall time); the colour maps are built beforehand, as
 // the app has them from showing the scan.
 //   snapshot [KEPT_FOLDERS] [ROUNDS]      (50,000 kept folders and 9 rounds by default)
+#include "support/BenchTiming.hpp"
 #include "Classification/TimeZone.hpp"
 #include "History/HistoryChanges.hpp"
 #include "History/Snapshot.hpp"
@@ -23,27 +24,10 @@
 #include <vector>
 
 using namespace tarnwick;
+using namespace tarnwick::bench;
 
 namespace {
 
-struct SplitMix {
-    std::uint64_t state;
-    std::uint64_t next()
-    {
-        std::uint64_t z = (state += 0x9E3779B97F4A7C15ull);
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
-        return z ^ (z >> 31);
-    }
-    std::size_t below(std::size_t bound) { return static_cast<std::size_t>(next() % bound); }
-};
-
-constexpr std::array<std::string_view, 40> folderNames {
-    "Documents", "Projects", "node_modules", ".git", "Caches", "src", "lib", "assets", "build", "target",
-    "Pictures", "Movies", "Music", "Library", "Application Support", ".venv", "site-packages", "Logs", "tmp", "DerivedData",
-    "data", "images", "docs", "test", "vendor", "modules", "components", "utils", "include", "Resources",
-    "Contents", "Frameworks", "old backup", ".claude", "models", "Cache", "Mail", "Downloads", "archive", "Project.xcodeproj",
-};
 constexpr std::array<std::string_view, 16> extensions {
     "js", "json", "py", "cpp", "o", "png", "jpg", "mp4", "mov", "mp3", "pdf", "zip", "log", "sqlite", "bin", "",
 };
@@ -98,23 +82,6 @@ std::shared_ptr<const ScanTree> syntheticDisk(std::size_t keptFolders, std::uint
         addFiles(small, 3, 1'000, 100'000);
     }
     return std::move(builder).finalize("/disk", ScanCoverage::whole(), TreeBuilder::Metadata::included);
-}
-
-struct Timing {
-    double minimum = 0;
-    double median = 0;
-};
-
-Timing timeRounds(int rounds, const std::function<void()>& work)
-{
-    std::vector<double> milliseconds;
-    for (int r = 0; r < rounds; ++r) {
-        auto start = std::chrono::steady_clock::now();
-        work();
-        milliseconds.push_back(std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
-    }
-    std::sort(milliseconds.begin(), milliseconds.end());
-    return { milliseconds.front(), milliseconds[milliseconds.size() / 2] };
 }
 
 void report(const char* what, Timing timing, const char* goal = "")
