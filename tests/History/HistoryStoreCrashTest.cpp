@@ -21,7 +21,9 @@ namespace {
 
 constexpr int iterations = 80;
 
-[[noreturn]] void saveUntilKilled(const std::string& directory, int iteration)
+// After each save the child writes a byte to progress, so that the parent can let some
+// saves finish before it kills, however slow the disk is today.
+[[noreturn]] void saveUntilKilled(const std::string& directory, int iteration, int progress)
 {
     std::mt19937 random(static_cast<unsigned>(iteration));
     Date clock = utc(2024, 1, 1, 12) + std::chrono::hours(24 * 7 * iteration);
@@ -38,6 +40,7 @@ constexpr int iterations = 80;
         files.current.assign(1000 + random() % 30000, static_cast<std::uint8_t>(step));
         files.day.assign(500 + random() % 20000, static_cast<std::uint8_t>(step));
         (void)(*store)->save(source, files);
+        (void)!::write(progress, "s", 1);
         (void)(*store)->recordMeasurement(source.volume, { clock, 1000, static_cast<std::int64_t>(random() % 1000), std::nullopt });
         auto entries = (*store)->entries(source);
         if (!entries.empty() && step % 3 == 0)
@@ -64,14 +67,24 @@ TEST(HistoryStoreCrash, KilledSavesLeaveEveryListedFile)
     std::mt19937 random(20250310);
     int listedAtSomePoint = 0;
     for (int iteration = 0; iteration < iterations; ++iteration) {
+        int progress[2];
+        ASSERT_EQ(::pipe(progress), 0);
         pid_t child = ::fork();
         ASSERT_GE(child, 0);
-        if (child == 0)
-            saveUntilKilled(directory, iteration);
+        if (child == 0) {
+            ::close(progress[0]);
+            saveUntilKilled(directory, iteration, progress[1]);
+        }
+        ::close(progress[1]);
+        // Every other child is killed only after its first save, the others at any moment.
+        char byte;
+        if (iteration % 2 == 1)
+            (void)!::read(progress[0], &byte, 1);
         ::usleep(static_cast<useconds_t>(random() % 25'000));
         ::kill(child, SIGKILL);
         int status = 0;
         ASSERT_EQ(::waitpid(child, &status, 0), child);
+        ::close(progress[0]);
         ASSERT_TRUE(WIFSIGNALED(status)) << "the child stopped by itself: " << WEXITSTATUS(status);
 
         // Read the index as it lies on disk, not through a store that would leave out missing files.
