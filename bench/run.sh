@@ -261,6 +261,16 @@ for program in "$bin"/*; do
     } >>"$work/report"
 done
 
+say "command line against the running app"
+{
+    echo
+    echo "## Command line (bench/cli.sh)"
+    echo
+    echo "\`bash bench/cli.sh $build $tree_1m\`"
+    echo
+    bash "$here/cli.sh" "$build" "$tree_1m" 2>&1 || echo "(bench/cli.sh failed)"
+} >>"$work/report"
+
 printf '\nLoad average at the end: %s.\n' "$(cut -d' ' -f1-3 /proc/loadavg)" >>"$work/report"
 cp "$work/report" "$report"
 cat "$report"
