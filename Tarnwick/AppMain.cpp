@@ -6,6 +6,8 @@
 #include "AppModel.hpp"
 #include "MainExecutor.hpp"
 #include "Platform/SystemLog.hpp"
+#include "Views/DesktopApp.hpp"
+#include "Views/MainWindow.hpp"
 
 #include <csignal>
 #include <pthread.h>
@@ -49,16 +51,19 @@ int run(const std::vector<std::string>& words)
 
     int status = 0;
     MainExecutor executor;
+    // With a display, Qt's event loop becomes the main executor and the window shows the model.
+    std::unique_ptr<DesktopApp> desktop = DesktopApp::start(executor, words);
     std::thread terminationWatch = watchForTermination(executor, signals);
     {
         AppModel model(executor);
         AgentTools tools(model, executor);
         auto listener = AgentListener::startForApp([&tools](const AgentCommands::Request& request) { return tools.handle(request); }, {});
-        if (!listener) {
+        if (!listener && !desktop) {
             // Without a window and without the socket nobody could reach this app.
             status = 1;
             executor.stop();
         }
+        std::unique_ptr<MainWindow> window = desktop ? desktop->openWindow(model) : nullptr;
         if (auto path = openArgument(words)) {
             executor.post([&model, path = *path] {
                 AgentCommands::Request request { "scan", { { "path", path } }, false };
