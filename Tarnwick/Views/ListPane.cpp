@@ -159,6 +159,15 @@ void ListPane::clear()
     showFolder(nullptr, NodeID::root());
 }
 
+void ListPane::setInteractive(bool interactive)
+{
+    if (interactive == m_interactive)
+        return;
+    m_interactive = interactive;
+    m_table->clearSelection();
+    m_table->setSelectionMode(interactive ? QAbstractItemView::SingleSelection : QAbstractItemView::NoSelection);
+}
+
 std::optional<int> ListPane::visualRow(NodeID node) const
 {
     std::optional<int> row = m_model->rowOf(node);
@@ -204,7 +213,7 @@ void ListPane::activated(const QModelIndex& index)
 {
     int value = index.data(FolderListModel::nodeRole).toInt();
     const auto& tree = m_model->tree();
-    if (value < 0 || !tree)
+    if (value < 0 || !tree || !m_interactive)
         return;
     NodeID node { value };
     if (isContainer(tree->kind(node)))

@@ -29,6 +29,8 @@ public:
     // Selects the node's row without reporting it back.
     void setSelection(std::optional<NodeID> node);
     void clear();
+    // A preview is only looked at: its rows cannot be selected or opened.
+    void setInteractive(bool interactive);
 
     [[nodiscard]] QTableView* table() const { return m_table; }
     [[nodiscard]] FolderListModel* model() const { return m_model; }
@@ -49,6 +51,7 @@ private:
     QTableView* m_table;
     NodeID m_folder;
     bool m_applying = false;
+    bool m_interactive = true;
 };
 
 }

@@ -112,6 +112,7 @@ MainWindow::MainWindow(AppModel& model, Environment environment, QWidget* parent
     connect(m_map, &SunburstView::nodeSelected, this, [this](std::optional<NodeID> node) { m_model.select(node); });
     connect(m_map, &SunburstView::upRequested, this, &MainWindow::goUp);
     connect(m_map, &SunburstView::stopRequested, this, [this] { m_model.cancelScan(); });
+    connect(m_map, &SunburstView::previewShown, this, &MainWindow::showPreview);
     connect(m_list, &ListPane::nodeSelected, this, [this](std::optional<NodeID> node) { m_model.select(node); });
     connect(m_list, &ListPane::folderOpened, this, [this](NodeID folder) { m_model.open(folder); });
     connect(m_breadcrumb, &Breadcrumb::folderChosen, this, [this](NodeID folder) { m_model.open(folder); });
@@ -320,14 +321,28 @@ void MainWindow::showScan()
         guard->m_colors->keepOnly({ tree.get(), resultTree });
         return guard->m_colors->colors(tree, guard->m_model.colorMode());
     });
-    m_list->clear();
-    m_inspector->clear();
+    m_list->setInteractive(false);
+    if (!m_map->tree()) {
+        m_list->clear();
+        m_inspector->clear();
+    }
     m_legend->clear();
     m_legendColors = nullptr;
     m_breadcrumb->showPath(nullptr, NodeID::root());
     m_sidebar->setCurrentPath(running.scope.scanRoot);
-    m_status->setText(ViewTexts::scanningTitle(root, QStringLiteral("…")));
+    m_status->setText(ViewTexts::scanning + QStringLiteral(" ") + root);
     setWindowTitle(ViewTexts::appName + QStringLiteral(" — ") + root);
+}
+
+// The list and the inspector show the preview's top, sizes so far, while the map fills in.
+void MainWindow::showPreview()
+{
+    const auto& tree = m_map->tree();
+    if (!m_model.runningScan() || !tree)
+        return;
+    m_list->showFolder(tree, NodeID::root());
+    m_list->setColors(m_map->colors());
+    m_inspector->showNode(tree, NodeID::root(), nullptr, nullptr);
 }
 
 void MainWindow::showResult()
@@ -338,6 +353,7 @@ void MainWindow::showResult()
     std::optional<NodeID> selection = m_model.selection();
     m_pages->setCurrentIndex(1);
     m_map->endScanWatch();
+    m_list->setInteractive(true);
     m_colors->keepOnly({ tree.get() });
     updateNavigation(tree, open);
 

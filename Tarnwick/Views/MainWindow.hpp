@@ -72,6 +72,7 @@ private:
     void refresh();
     void showResult();
     void showScan();
+    void showPreview();
     void updateLegend(const std::shared_ptr<const ColorMap>& colors, NodeID root);
     void updateNavigation(const std::shared_ptr<const ScanTree>& tree, NodeID open);
     void goBack();

@@ -149,6 +149,7 @@ void SunburstView::pollScan()
     m_shownPreview = preview->version;
     showTree(preview->tree, NodeID::root(), m_scanCapacity);
     setColors(colors);
+    Q_EMIT previewShown();
 }
 
 SunburstGeometry SunburstView::currentGeometry()

@@ -74,6 +74,8 @@ Q_SIGNALS:
     void nodeSelected(std::optional<tarnwick::NodeID> node);
     void upRequested();
     void stopRequested();
+    // A new preview of the running scan is on the map.
+    void previewShown();
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -45,6 +45,7 @@ inline QString scanningTitle(const QString& rootName, const QString& items)
     return QStringLiteral("Scanning %1 · %2 items").arg(rootName, items);
 }
 inline const QString scanningCenter = QStringLiteral("Scanning…");
+inline const QString scanning = QStringLiteral("Scanning");
 inline const QString available = QStringLiteral("Free space");
 inline const QString unaccounted = QStringLiteral("Used, not found by the scan");
 inline const QString smallObjects = QStringLiteral("Smaller items");
@@ -71,7 +72,7 @@ inline const QString ratioNote = QStringLiteral(
     "Green takes less space on disk than its size (compressed or sparse files); red takes more (many small files).");
 inline QString ratioOf(const QString& ratio, const QString& name)
 {
-    return QStringLiteral("%1 takes %2× its size on disk").arg(name, ratio);
+    return QStringLiteral("On disk, %1 takes %2× its size").arg(name, ratio);
 }
 inline QString cachesOf(const QString& percent, const QString& name)
 {

@@ -1,5 +1,6 @@
 // Renders the window on a generated demo home folder, offscreen, into PNG files:
-//     tarnwick_screenshots OUTPUT_FOLDER DEMO_FOLDER
+//     tarnwick_screenshots OUTPUT_FOLDER DEMO_FOLDER [LARGE_FOLDER]
+// With LARGE_FOLDER, also the map filling in while that folder is being scanned.
 #include "AppModel.hpp"
 #include "DemoTree.hpp"
 #include "Favorites.hpp"
@@ -57,8 +58,8 @@ bool save(QWidget& window, const QString& folder, const QString& name)
 
 int main(int argc, char** argv)
 {
-    if (argc != 3) {
-        std::fprintf(stderr, "usage: tarnwick_screenshots OUTPUT_FOLDER DEMO_FOLDER\n");
+    if (argc != 3 && argc != 4) {
+        std::fprintf(stderr, "usage: tarnwick_screenshots OUTPUT_FOLDER DEMO_FOLDER [LARGE_FOLDER]\n");
         return 2;
     }
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
@@ -118,5 +119,33 @@ int main(int argc, char** argv)
     }
     waitFor([&] { return !window.isBusy(); });
     written = save(window, output, "folder") && written;
+
+    if (argc == 4) {
+        auto large = ScopeResolver::resolve(argv[3]);
+        if (!large) {
+            std::fprintf(stderr, "screenshots: %s\n", large.error().title().data());
+            return 1;
+        }
+        model.scan(*large);
+        // The first coloured preview.
+        std::uint64_t shown = 0;
+        const ScanTree* first = nullptr;
+        bool caught = waitFor([&] {
+            if (!model.runningScan())
+                return true;
+            const auto& tree = window.map()->tree();
+            if (tree && window.map()->colors() && tree.get() != first) {
+                first = first ? first : tree.get();
+                ++shown;
+            }
+            return shown >= 1;
+        });
+        if (caught && model.runningScan())
+            written = save(window, output, "scanning") && written;
+        else
+            std::fprintf(stderr, "screenshots: the scan of %s ended before its map filled in\n", argv[3]);
+        model.cancelScan();
+        waitFor([&] { return !model.runningScan(); });
+    }
     return written ? 0 : 1;
 }
