@@ -1,6 +1,5 @@
 #include "MainWindow.hpp"
 
-#include "AgentPlaces.hpp"
 #include "AppCommands.hpp"
 #include "AppModel.hpp"
 #include "Breadcrumb.hpp"

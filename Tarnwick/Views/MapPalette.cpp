@@ -48,7 +48,8 @@ QColor mix(const QColor& from, const QColor& to, double t)
     return QColor(channel(from.red(), to.red()), channel(from.green(), to.green()), channel(from.blue(), to.blue()));
 }
 
-const QColor neutral(0xD9, 0xDE, 0xE6);
+// A grey without hue, so a gradient from it only gains colour.
+const QColor neutral(0xDC, 0xDC, 0xDC);
 
 }
 
@@ -97,7 +98,7 @@ QColor ratio(double value)
 
 QColor mixed()
 {
-    return QColor(0x98, 0xA1, 0xB0);
+    return QColor(0x9C, 0xA1, 0xAA);
 }
 
 QColor unknown()

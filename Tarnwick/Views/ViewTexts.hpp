@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QCoreApplication>
 #include <QString>
 
 // The words of the window, in one place.
@@ -20,7 +19,6 @@ inline const QString chooseFolderTitle = QStringLiteral("Choose a Folder to Scan
 inline const QString addFavorite = QStringLiteral("Add Folder to Favorites…");
 inline const QString addToFavorites = QStringLiteral("Add to Favorites");
 inline const QString removeFromFavorites = QStringLiteral("Remove from Favorites");
-inline const QString scanAgain = QStringLiteral("Scan");
 
 // Sidebar.
 inline const QString disksSection = QStringLiteral("Disks");
@@ -105,19 +103,16 @@ inline const QString otherKind = QStringLiteral("Other item");
 inline const QString sizeOnDisk = QStringLiteral("Size on disk");
 inline const QString logicalSize = QStringLiteral("Size");
 inline const QString format = QStringLiteral("Kind");
-inline const QString contents = QStringLiteral("Contents");
 inline const QString owner = QStringLiteral("Owner");
 inline const QString lastChange = QStringLiteral("Last change inside");
 inline const QString modified = QStringLiteral("Modified");
 inline const QString oldestItem = QStringLiteral("Oldest item");
 inline const QString created = QStringLiteral("Created");
 inline const QString hiddenFromView = QStringLiteral("Hidden from view");
-inline const QString items = QStringLiteral("Items");
 inline const QString readIssue = QStringLiteral("Couldn't read");
 inline const QString yes = QStringLiteral("Yes");
 inline const QString no = QStringLiteral("No");
 inline const QString noDateKnown = QStringLiteral("Unknown");
-inline const QString ownerPending = QStringLiteral("Color by Owner to see owners");
 inline const QString nothingSelected = QStringLiteral("Nothing scanned yet");
 
 }
