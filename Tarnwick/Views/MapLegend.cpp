@@ -93,7 +93,9 @@ void addScale(LegendContent& legend, const ColorMap& colors, const ScanTree& tre
         legend.scaleTitle = ViewTexts::ratioScale;
         legend.low = MapPalette::ratio(0.5);
         legend.high = MapPalette::ratio(2.0);
+        legend.middle = MapPalette::ratio(1.0);
         legend.lowText = QStringLiteral("½×");
+        legend.middleText = QStringLiteral("1×");
         legend.highText = QStringLiteral("2×");
         legend.note = ViewTexts::ratioNote;
         if (whole.kind() == NodeColor::Kind::ratio)
@@ -192,6 +194,52 @@ void MapLegend::paintEvent(QPaintEvent*)
     arrange(width(), &painter);
 }
 
+// The gradient of the share and ratio modes with its title, end words and summary line.
+int MapLegend::arrangeScale(int y, int width, QPainter* painter) const
+{
+    const LegendContent& legend = m_content;
+    const int margin = 12;
+    QFont regular = font();
+    QFont bold = font();
+    bold.setWeight(QFont::DemiBold);
+    QFont small = font();
+    small.setPointSizeF(small.pointSizeF() * 0.88);
+    QFontMetrics regularMetrics(regular);
+    QFontMetrics smallMetrics(small);
+    const int line = regularMetrics.height() + 6;
+    int barWidth = std::min(220, std::max(width - 2 * margin, 60));
+    if (painter) {
+        painter->setFont(bold);
+        painter->setPen(QColor(0x1F, 0x29, 0x37));
+        painter->drawText(QRect(margin, y, width - 2 * margin, line), Qt::AlignVCenter | Qt::AlignLeft, legend.scaleTitle);
+    }
+    y += line;
+    if (painter) {
+        QLinearGradient gradient(margin, 0, margin + barWidth, 0);
+        gradient.setColorAt(0, legend.low);
+        if (legend.middle)
+            gradient.setColorAt(0.5, *legend.middle);
+        gradient.setColorAt(1, legend.high);
+        painter->setPen(Qt::NoPen);
+        painter->setBrush(gradient);
+        painter->drawRoundedRect(QRectF(margin, y + 2, barWidth, 8), 4, 4);
+        painter->setFont(small);
+        painter->setPen(QColor(0x6B, 0x72, 0x80));
+        painter->drawText(QRect(margin, y + 12, barWidth, smallMetrics.height()), Qt::AlignLeft, legend.lowText);
+        painter->drawText(QRect(margin, y + 12, barWidth, smallMetrics.height()), Qt::AlignRight, legend.highText);
+        painter->drawText(QRect(margin, y + 12, barWidth, smallMetrics.height()), Qt::AlignHCenter, legend.middleText);
+    }
+    int besideX = margin + barWidth + 24;
+    if (!legend.summary.isEmpty() && painter) {
+        painter->setFont(regular);
+        painter->setPen(QColor(0x1F, 0x29, 0x37));
+        painter->drawText(QRect(besideX, y - 2, std::max(width - besideX - margin, 0), line), Qt::AlignVCenter | Qt::AlignLeft,
+            regularMetrics.elidedText(legend.summary, Qt::ElideRight, std::max(width - besideX - margin, 0)));
+    }
+    y += 12 + smallMetrics.height() + 6;
+    return y;
+}
+
 int MapLegend::arrange(int width, QPainter* painter) const
 {
     const LegendContent& legend = m_content;
@@ -239,39 +287,8 @@ int MapLegend::arrange(int width, QPainter* painter) const
         x += chipWidth + gap;
     };
 
-    if (legend.gradient) {
-        int barWidth = std::min(220, std::max(width - 2 * margin, 60));
-        if (painter) {
-            painter->setFont(bold);
-            painter->setPen(QColor(0x1F, 0x29, 0x37));
-            painter->drawText(QRect(margin, y, width - 2 * margin, line), Qt::AlignVCenter | Qt::AlignLeft, legend.scaleTitle);
-        }
-        y += line;
-        if (painter) {
-            QLinearGradient gradient(margin, 0, margin + barWidth, 0);
-            gradient.setColorAt(0, legend.low);
-            if (legend.low != legend.high && legend.scaleTitle == ViewTexts::ratioScale)
-                gradient.setColorAt(0.5, MapPalette::ratio(1.0));
-            gradient.setColorAt(1, legend.high);
-            painter->setPen(Qt::NoPen);
-            painter->setBrush(gradient);
-            painter->drawRoundedRect(QRectF(margin, y + 2, barWidth, 8), 4, 4);
-            painter->setFont(small);
-            painter->setPen(QColor(0x6B, 0x72, 0x80));
-            painter->drawText(QRect(margin, y + 12, barWidth, smallMetrics.height()), Qt::AlignLeft, legend.lowText);
-            painter->drawText(QRect(margin, y + 12, barWidth, smallMetrics.height()), Qt::AlignRight, legend.highText);
-            if (legend.scaleTitle == ViewTexts::ratioScale)
-                painter->drawText(QRect(margin, y + 12, barWidth, smallMetrics.height()), Qt::AlignHCenter, QStringLiteral("1×"));
-        }
-        int besideX = margin + barWidth + 24;
-        if (!legend.summary.isEmpty() && painter) {
-            painter->setFont(regular);
-            painter->setPen(QColor(0x1F, 0x29, 0x37));
-            painter->drawText(QRect(besideX, y - 2, std::max(width - besideX - margin, 0), line), Qt::AlignVCenter | Qt::AlignLeft,
-                regularMetrics.elidedText(legend.summary, Qt::ElideRight, std::max(width - besideX - margin, 0)));
-        }
-        y += 12 + smallMetrics.height() + 6;
-    }
+    if (legend.gradient)
+        y = arrangeScale(y, width, painter);
     for (const auto& item : legend.items)
         chip(item, false);
     for (const auto& item : legend.keys)

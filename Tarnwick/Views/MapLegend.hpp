@@ -35,7 +35,9 @@ struct LegendContent {
     QString scaleTitle;
     QColor low;
     QColor high;
+    std::optional<QColor> middle; // a diverging scale's neutral point
     QString lowText;
+    QString middleText;
     QString highText;
     // One line about the open folder as a whole, in the share and ratio modes.
     QString summary;
@@ -72,6 +74,7 @@ protected:
 private:
     // Lays the legend out for a width; paints too when painter is given. Returns the height.
     int arrange(int width, QPainter* painter) const;
+    int arrangeScale(int y, int width, QPainter* painter) const;
 
     LegendContent m_content;
 };

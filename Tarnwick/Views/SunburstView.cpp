@@ -2,6 +2,7 @@
 
 #include "MapPalette.hpp"
 #include "ScanBanner.hpp"
+#include "SunburstPainter.hpp"
 #include "Scanning/ScanTree.hpp"
 #include "ViewFormat.hpp"
 #include "ViewTexts.hpp"
@@ -9,7 +10,6 @@
 #include <QHelpEvent>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QPainterPath>
 #include <QTimer>
 #include <QToolTip>
 
@@ -22,35 +22,6 @@ namespace {
 
 // A sector narrower than this many pixels along its outer edge is not drawn.
 constexpr double narrowestArc = 2.0;
-
-double degrees(double fraction)
-{
-    // Fractions run clockwise from twelve o'clock; Qt's angles anticlockwise from three.
-    return 90.0 - fraction * 360.0;
-}
-
-QPainterPath sectorPath(const SunburstGeometry& geometry, int ring, double start, double end)
-{
-    QPointF center(geometry.center.x, geometry.center.y);
-    double inner = geometry.centerRadius + ring * geometry.ringWidth;
-    double outer = inner + geometry.ringWidth;
-    QRectF outerRect(center.x() - outer, center.y() - outer, 2 * outer, 2 * outer);
-    QRectF innerRect(center.x() - inner, center.y() - inner, 2 * inner, 2 * inner);
-    double from = degrees(start);
-    double sweep = -(end - start) * 360.0;
-    QPainterPath path;
-    path.arcMoveTo(outerRect, from);
-    path.arcTo(outerRect, from, sweep);
-    path.arcTo(innerRect, from + sweep, -sweep);
-    path.closeSubpath();
-    return path;
-}
-
-QPointF pointAt(const SunburstGeometry& geometry, double radius, double fraction)
-{
-    double angle = fraction * 2 * std::numbers::pi;
-    return QPointF(geometry.center.x + radius * std::sin(angle), geometry.center.y - radius * std::cos(angle));
-}
 
 }
 
@@ -274,126 +245,28 @@ void SunburstView::renderPicture()
     m_picture.fill(Qt::transparent);
     QPainter painter(&m_picture);
     painter.setRenderHint(QPainter::Antialiasing);
-    QPen border(MapPalette::sectorBorder(), 1.0);
-    border.setJoinStyle(Qt::RoundJoin);
-    for (const SunburstLayout::Ring& ring : layout.rings) {
-        for (const SunburstSector& sector : ring) {
-            QPainterPath path = sectorPath(geometry, sector.ring, sector.start, sector.end);
-            painter.setPen(border);
-            painter.setBrush(fill(sector));
-            painter.drawPath(path);
-            // Texture tells the parts that are not one item: the space the scan didn't find,
-            // and many items too small to draw.
-            if (std::holds_alternative<SunburstSector::Unaccounted>(sector.content)) {
-                painter.setPen(Qt::NoPen);
-                painter.setBrush(QBrush(QColor(255, 255, 255, 110), Qt::BDiagPattern));
-                painter.drawPath(path);
-            } else if (std::holds_alternative<SunburstSector::SmallObjects>(sector.content)) {
-                painter.setPen(Qt::NoPen);
-                painter.setBrush(QBrush(QColor(0xB4, 0xBC, 0xC8), Qt::Dense6Pattern));
-                painter.drawPath(path);
-            }
-        }
-    }
-    drawLabels(painter, geometry);
+    auto fill = [this](const SunburstSector& sector) { return this->fill(sector); };
+    SunburstPainter::drawSectors(painter, layout, geometry, fill);
+    if (m_tree)
+        SunburstPainter::drawLabels(painter, layout, geometry, font(), fill, [this](NodeID node) { return ViewFormat::name(*m_tree, node); });
     m_pictureValid = true;
 }
 
-// Names go along the sectors of the first two rings that have room for them, turned so that
-// they never stand on their heads.
-void SunburstView::drawLabels(QPainter& painter, const SunburstGeometry& geometry)
+// The centre names the hovered sector, else the open folder.
+std::pair<QString, QString> SunburstView::centerTexts() const
 {
-    if (!m_tree)
-        return;
-    QFont font = this->font();
-    font.setPointSizeF(font.pointSizeF() * 0.85);
-    painter.setFont(font);
-    QFontMetricsF metrics(font);
-    if (geometry.ringWidth < metrics.height() + 4)
-        return;
-    for (std::size_t ring = 0; ring < std::min<std::size_t>(m_layout.rings.size(), 2); ++ring) {
-        double radius = geometry.centerRadius + (static_cast<double>(ring) + 0.5) * geometry.ringWidth;
-        for (const SunburstSector& sector : m_layout.rings[ring]) {
-            std::optional<NodeID> node = sector.node();
-            if (!node)
-                continue;
-            double room = std::min(sector.span() * 2 * std::numbers::pi * radius, 180.0) - 12;
-            if (room < metrics.averageCharWidth() * 4)
-                continue;
-            QString text = metrics.elidedText(ViewFormat::name(*m_tree, *node), Qt::ElideRight, room);
-            if (text.size() < 3)
-                continue;
-            double middle = (sector.start + sector.end) / 2;
-            double turn = middle * 360.0;
-            if (middle > 0.25 && middle < 0.75)
-                turn += 180.0;
-            painter.save();
-            painter.translate(pointAt(geometry, radius, middle));
-            painter.rotate(turn);
-            painter.setPen(MapPalette::textOn(fill(sector)));
-            painter.drawText(QRectF(-room / 2, -metrics.height() / 2, room, metrics.height()), Qt::AlignCenter, text);
-            painter.restore();
-        }
-    }
-}
-
-void SunburstView::drawOutline(QPainter& painter, const SunburstGeometry& geometry, const SunburstSector& sector, const QColor& color,
-    double width)
-{
-    painter.setPen(QPen(color, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawPath(sectorPath(geometry, sector.ring, sector.start, sector.end));
-}
-
-void SunburstView::drawCenter(QPainter& painter, const SunburstGeometry& geometry)
-{
-    QPointF center(geometry.center.x, geometry.center.y);
-    double radius = geometry.centerRadius - 2;
-    if (radius <= 4)
-        return;
-    painter.setPen(QPen(QColor(0xE3, 0xE7, 0xED), 1));
-    painter.setBrush(MapPalette::centerFill());
-    painter.drawEllipse(center, radius, radius);
-
-    QString title;
-    QString detail;
     if (m_hover && m_tree) {
-        if (std::optional<NodeID> node = m_hover->node()) {
-            title = ViewFormat::name(*m_tree, *node);
-            detail = ViewFormat::size(*m_tree, *node);
-        } else if (const auto* rest = std::get_if<SunburstSector::SmallObjects>(&m_hover->content)) {
-            title = ViewTexts::smallObjectsCount(ViewFormat::count(rest->count()));
-            detail = ViewFormat::size(m_hover->bytes);
-        } else {
-            title = std::holds_alternative<SunburstSector::Available>(m_hover->content) ? ViewTexts::available : ViewTexts::unaccounted;
-            detail = ViewFormat::size(m_hover->bytes);
-        }
-    } else if (m_tree) {
-        title = ViewFormat::shortName(*m_tree, m_root);
-        detail = ViewFormat::size(*m_tree, m_root);
-    } else if (m_progress) {
-        title = ViewTexts::scanningCenter;
+        if (std::optional<NodeID> node = m_hover->node())
+            return { ViewFormat::name(*m_tree, *node), ViewFormat::size(*m_tree, *node) };
+        if (const auto* rest = std::get_if<SunburstSector::SmallObjects>(&m_hover->content))
+            return { ViewTexts::smallObjectsCount(ViewFormat::count(rest->count())), ViewFormat::size(m_hover->bytes) };
+        bool available = std::holds_alternative<SunburstSector::Available>(m_hover->content);
+        return { available ? ViewTexts::available : ViewTexts::unaccounted, ViewFormat::size(m_hover->bytes) };
     }
-    if (m_progress && !m_hover)
-        title = ViewTexts::scanningCenter;
-
-    double room = radius * 1.6;
-    QFont titleFont = font();
-    titleFont.setBold(true);
-    QFont detailFont = font();
-    detailFont.setPointSizeF(detailFont.pointSizeF() * 1.5);
-    detailFont.setWeight(QFont::DemiBold);
-    QFontMetricsF titleMetrics(titleFont);
-    QFontMetricsF detailMetrics(detailFont);
-    double top = center.y() - (titleMetrics.height() + detailMetrics.height()) / 2;
-    painter.setPen(QColor(0x4B, 0x55, 0x63));
-    painter.setFont(titleFont);
-    painter.drawText(QRectF(center.x() - room / 2, top, room, titleMetrics.height()), Qt::AlignCenter,
-        titleMetrics.elidedText(title, Qt::ElideMiddle, room));
-    painter.setPen(QColor(0x11, 0x18, 0x27));
-    painter.setFont(detailFont);
-    painter.drawText(QRectF(center.x() - room / 2, top + titleMetrics.height(), room, detailMetrics.height()), Qt::AlignCenter,
-        detailMetrics.elidedText(detail, Qt::ElideRight, room));
+    QString detail = m_tree ? ViewFormat::size(*m_tree, m_root) : QString();
+    if (m_progress)
+        return { ViewTexts::scanningCenter, detail };
+    return { m_tree ? ViewFormat::shortName(*m_tree, m_root) : QString(), detail };
 }
 
 void SunburstView::paintEvent(QPaintEvent*)
@@ -406,13 +279,15 @@ void SunburstView::paintEvent(QPaintEvent*)
     painter.drawPixmap(0, 0, m_picture);
     SunburstGeometry geometry = currentGeometry();
     if (m_hover)
-        drawOutline(painter, geometry, *m_hover, QColor(255, 255, 255, 230), 3.0);
+        SunburstPainter::drawOutline(painter, geometry, *m_hover, QColor(255, 255, 255, 230), 3.0);
     if (m_selection) {
         if (std::optional<SunburstSector> selected = sectorOf(*m_selection))
-            drawOutline(painter, geometry, *selected, MapPalette::selectionOutline(), 2.5);
+            SunburstPainter::drawOutline(painter, geometry, *selected, MapPalette::selectionOutline(), 2.5);
     }
-    if (m_tree || m_progress)
-        drawCenter(painter, geometry);
+    if (m_tree || m_progress) {
+        auto [title, detail] = centerTexts();
+        SunburstPainter::drawCenter(painter, geometry, font(), title, detail);
+    }
 }
 
 void SunburstView::resizeEvent(QResizeEvent* event)

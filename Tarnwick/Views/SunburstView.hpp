@@ -98,9 +98,7 @@ private:
     void invalidatePicture();
     void renderPicture();
     [[nodiscard]] QColor fill(const SunburstSector& sector) const;
-    void drawLabels(QPainter& painter, const SunburstGeometry& geometry);
-    void drawCenter(QPainter& painter, const SunburstGeometry& geometry);
-    void drawOutline(QPainter& painter, const SunburstGeometry& geometry, const SunburstSector& sector, const QColor& color, double width);
+    [[nodiscard]] std::pair<QString, QString> centerTexts() const;
     [[nodiscard]] std::optional<SunburstSector> sectorOf(NodeID node);
     void placeBanner();
     SunburstLayout layOut(const SunburstGeometry& geometry);
