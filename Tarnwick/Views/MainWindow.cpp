@@ -312,14 +312,16 @@ void MainWindow::showScan()
     }
     QString root = QString::fromStdString(ScopeResolver::displayPath(running.scope.scanRoot));
     const ScanTree* resultTree = m_model.result() ? m_model.result()->tree.get() : nullptr;
+    bool rescan = resultTree && resultTree->rootPath() == running.scope.scanRoot;
     QPointer<MainWindow> guard(this);
-    m_map->watchScan(running.scanner->progress(), root, capacity, [guard, resultTree](const std::shared_ptr<const ScanTree>& tree) {
+    auto colors = [guard, resultTree](const std::shared_ptr<const ScanTree>& tree) {
         if (!guard)
             return std::shared_ptr<const ColorMap>();
         // Only the latest preview and the finished result keep their colours.
         guard->m_colors->keepOnly({ tree.get(), resultTree });
         return guard->m_colors->colors(tree, guard->m_model.colorMode());
-    });
+    };
+    m_map->watchScan(running.scanner->progress(), root, capacity, colors, rescan ? SunburstView::Start::keepShown : SunburstView::Start::empty);
     m_list->setInteractive(false);
     if (!m_map->tree()) {
         m_list->clear();

@@ -80,7 +80,7 @@ void SunburstView::clear()
 }
 
 void SunburstView::watchScan(std::shared_ptr<ScanProgress> progress, const QString& rootName, std::optional<VolumeCapacity> capacity,
-    ColorSource colors)
+    ColorSource colors, Start start)
 {
     if (progress == m_progress)
         return;
@@ -89,7 +89,9 @@ void SunburstView::watchScan(std::shared_ptr<ScanProgress> progress, const QStri
     m_scanCapacity = capacity;
     m_colorSource = std::move(colors);
     m_shownPreview = 0;
-    showTree(nullptr, NodeID::root(), std::nullopt);
+    if (start == Start::empty)
+        showTree(nullptr, NodeID::root(), std::nullopt);
+    m_hover.reset();
     placeBanner();
     pollScan();
     m_poll->start();

@@ -48,9 +48,11 @@ public:
     void clear();
 
     // Shows a running scan: every pollMilliseconds the latest preview, once its colours are
-    // made, and the count and path in the banner.
+    // made, and the count and path in the banner. A rescan keeps the map it replaces on show
+    // until the first preview, instead of an empty view.
+    enum class Start { empty, keepShown };
     void watchScan(std::shared_ptr<ScanProgress> progress, const QString& rootName, std::optional<VolumeCapacity> capacity,
-        ColorSource colors);
+        ColorSource colors, Start start = Start::empty);
     void endScanWatch();
     [[nodiscard]] bool isWatchingScan() const { return m_progress != nullptr; }
 

@@ -82,6 +82,23 @@ TEST_F(SunburstViewTest, ARunningScanFillsTheMapFromItsLatestPreviewOnceColored)
     EXPECT_FALSE(map.scanBanner()->isVisible());
 }
 
+TEST_F(SunburstViewTest, ARescanKeepsTheMapItReplacesUntilItsFirstPreview)
+{
+    auto before = previewTree(4);
+    map.showTree(before, NodeID::root(), std::nullopt);
+    auto progress = std::make_shared<ScanProgress>();
+    auto colors = [](const std::shared_ptr<const ScanTree>& tree) { return ColorMap::make(ColorMode::contentType, tree); };
+    map.watchScan(progress, QStringLiteral("scan"), std::nullopt, colors, SunburstView::Start::keepShown);
+    EXPECT_EQ(map.tree(), before);
+    auto preview = previewTree(2);
+    progress->setLatestPreview(std::make_shared<ScanPreview>(ScanPreview { preview, 1, 3 }));
+    ASSERT_TRUE(waitFor([&] { return map.tree() == preview; }));
+
+    // A scan of another place starts from an empty map.
+    map.watchScan(std::make_shared<ScanProgress>(), QStringLiteral("other"), std::nullopt, colors);
+    EXPECT_EQ(map.tree(), nullptr);
+}
+
 TEST_F(SunburstViewTest, AWholeDiskShowsItsFreeAndUnaccountedSpace)
 {
     testing::TreeFixture fixture("disk");
