@@ -1,6 +1,7 @@
 #include "AgentTools.hpp"
 #include "AppModel.hpp"
 #include "Favorites.hpp"
+#include "History/HistoryStore.hpp"
 #include "Platform/UserDefaults.hpp"
 #include "MainExecutor.hpp"
 #include "Scanning/ScanTree.hpp"
@@ -282,17 +283,32 @@ TEST_F(MainWindowTest, RepaintingAndHoveringKeepTheLayout)
     EXPECT_GT(map.layoutsMade(), made);
 }
 
-TEST_F(MainWindowTest, FavoritesAppearInTheSidebar)
+TEST_F(MainWindowTest, FavoritesAndPlacesWithAHistoryAppearInTheSidebar)
 {
+    auto listed = [&](SourceSidebar::Kind kind, const std::string& path) {
+        for (const auto& source : window->sidebar()->sources()) {
+            if (source.kind == kind && source.path == path)
+                return true;
+        }
+        return false;
+    };
     fixtures::TempFolder favorite;
     UserDefaults defaults(settings / "defaults.json");
     Favorites favorites(defaults);
     ASSERT_TRUE(favorites.add(favorite.path()));
-    window->sidebar()->refresh();
-    bool listed = false;
+    EXPECT_TRUE(listed(SourceSidebar::Kind::favorite, favorite.path()));
+
+    auto store = HistoryStore::open(settings / "History");
+    ASSERT_TRUE(store.has_value());
+    HistoryStore::SnapshotFiles files;
+    files.date = std::chrono::system_clock::now();
+    files.total = 1000;
+    files.current = { 1, 2, 3 };
+    files.day = { 4, 5, 6 };
+    ASSERT_TRUE((*store)->save(HistorySource { "/home/ann/Projects", "dev:8:1" }, files).has_value());
+    EXPECT_TRUE(listed(SourceSidebar::Kind::history, "/home/ann/Projects"));
     for (const auto& source : window->sidebar()->sources())
-        listed = listed || (source.kind == SourceSidebar::Kind::favorite && source.path == favorite.path());
-    EXPECT_TRUE(listed);
+        EXPECT_NE(source.kind, SourceSidebar::Kind::section);
 }
 
 }
