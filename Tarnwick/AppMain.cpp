@@ -9,6 +9,8 @@
 #include "MainExecutor.hpp"
 #include "Platform/SystemLog.hpp"
 #include "Platform/UserFolders.hpp"
+#include "Views/DesktopApp.hpp"
+#include "Views/MainWindow.hpp"
 
 #include <csignal>
 #include <pthread.h>
@@ -52,6 +54,8 @@ int run(const std::vector<std::string>& words)
 
     int status = 0;
     MainExecutor executor;
+    // With a display, Qt's event loop becomes the main executor and the window shows the model.
+    std::unique_ptr<DesktopApp> desktop = DesktopApp::start(executor, words);
     std::thread terminationWatch = watchForTermination(executor, signals);
     {
         AppModel model(executor);
@@ -65,11 +69,12 @@ int run(const std::vector<std::string>& words)
         }
         AgentTools tools(model, executor);
         auto listener = AgentListener::startForApp([&tools](const AgentCommands::Request& request) { return tools.handle(request); }, {});
-        if (!listener) {
+        if (!listener && !desktop) {
             // Without a window and without the socket nobody could reach this app.
             status = 1;
             executor.stop();
         }
+        std::unique_ptr<MainWindow> window = desktop ? desktop->openWindow(model) : nullptr;
         if (auto path = openArgument(words)) {
             executor.post([&model, path = *path] {
                 AgentCommands::Request request { "scan", { { "path", path } }, false };

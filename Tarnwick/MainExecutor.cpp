@@ -4,6 +4,10 @@ namespace tarnwick {
 
 void MainExecutor::post(std::function<void()> task)
 {
+    if (m_loop) {
+        m_loop->post(std::move(task));
+        return;
+    }
     {
         std::scoped_lock guard(m_lock);
         m_tasks.push_back(std::move(task));
@@ -14,6 +18,10 @@ void MainExecutor::post(std::function<void()> task)
 void MainExecutor::run()
 {
     m_owner = std::this_thread::get_id();
+    if (m_loop) {
+        m_loop->run();
+        return;
+    }
     for (;;) {
         std::function<void()> task;
         {
@@ -36,6 +44,10 @@ void MainExecutor::reopen()
 
 void MainExecutor::stop()
 {
+    if (m_loop) {
+        m_loop->quit();
+        return;
+    }
     {
         std::scoped_lock guard(m_lock);
         m_stopping = true;

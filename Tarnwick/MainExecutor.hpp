@@ -5,6 +5,7 @@
 #include <functional>
 #include <future>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 namespace tarnwick {
@@ -13,6 +14,16 @@ namespace tarnwick {
 // runs here, one task after another; other threads hand work in and may wait for it.
 class MainExecutor {
 public:
+    // Another event loop that can take the place of the executor's own queue: the window
+    // system's, so that the window, the model and the command line share one thread.
+    struct Loop {
+        std::function<void(std::function<void()>)> post; // called from any thread
+        std::function<void()> run;                       // runs until quit
+        std::function<void()> quit;                      // called from any thread
+    };
+
+    // Before any other thread posts; from then on post, run and stop go through the loop.
+    void useLoop(Loop loop) { m_loop = std::move(loop); }
     void post(std::function<void()> task);
     // Runs task on the main executor and waits for its result; from the main executor
     // itself it runs the task at once.
@@ -31,6 +42,7 @@ private:
     std::deque<std::function<void()>> m_tasks;
     bool m_stopping = false;
     std::thread::id m_owner;
+    std::optional<Loop> m_loop;
 };
 
 template <typename Result>

@@ -9,6 +9,8 @@ packages=(
   nlohmann-json3-dev libutf8proc-dev
   clang libclang-rt-14-dev
   util-linux
+  qt6-base-dev qt6-charts-dev qt6-svg-dev qt6-qpa-plugins libgl-dev libqt6opengl6-dev
+  xvfb xauth
 )
 # Only needed by the benchmark comparison (gdu to compare with, GNU time for peak memory);
 # missing is not fatal for tests.

@@ -1,0 +1,129 @@
+#include "ColorMapStore.hpp"
+
+#include "Classification/OwnerIndex.hpp"
+#include "Classification/OwnerPlaces.hpp"
+#include "Classification/TimeZone.hpp"
+#include "OffThread.hpp"
+#include "Scanning/ScanTree.hpp"
+
+#include <mutex>
+
+namespace tarnwick {
+
+// The installed applications, read once per session on the first use of the owner mode.
+struct ColorMapStore::OwnerSource {
+    std::once_flag once;
+    std::unique_ptr<OwnerIndex> index;
+    std::unique_ptr<OwnerPlaces> places;
+
+    const OwnerPlaces& get()
+    {
+        std::call_once(once, [this] {
+            index = std::make_unique<OwnerIndex>(OwnerIndex::build(ApplicationRoots::current()));
+            places = std::make_unique<OwnerPlaces>(*index);
+        });
+        return *places;
+    }
+};
+
+namespace {
+
+std::size_t slot(ColorMode mode)
+{
+    return static_cast<std::size_t>(mode);
+}
+
+bool isDateMode(ColorMode mode)
+{
+    return mode == ColorMode::lastModified || mode == ColorMode::created;
+}
+
+}
+
+ColorMapStore::ColorMapStore(QObject* parent)
+    : QObject(parent)
+    , m_ownerSource(std::make_shared<OwnerSource>())
+{
+}
+
+ColorMapStore::~ColorMapStore() = default;
+
+ColorMapStore::PerTree& ColorMapStore::entry(const std::shared_ptr<const ScanTree>& tree)
+{
+    PerTree& perTree = m_trees[tree.get()];
+    // Another tree at the address of a freed one starts afresh.
+    if (perTree.tree.lock() != tree) {
+        perTree = PerTree {};
+        perTree.tree = tree;
+    }
+    return perTree;
+}
+
+std::shared_ptr<const ColorMap> ColorMapStore::colors(const std::shared_ptr<const ScanTree>& tree, ColorMode mode,
+    const std::shared_ptr<const ContentMap>& content)
+{
+    if (!tree)
+        return nullptr;
+    PerTree& perTree = entry(tree);
+    auto& made = perTree.maps[slot(mode)];
+    // Date colours belong to a calendar day and are made again on the next one.
+    if (made && isDateMode(mode) && !made->boundaries().isCurrent(std::chrono::system_clock::now(), TimeZone::system()))
+        made.reset();
+    if (made)
+        return made;
+    // Modes that only read a content map made before cost nothing to set up.
+    bool cheap = mode == ColorMode::onDiskVsSize || (content && (mode == ColorMode::contentType || mode == ColorMode::caches));
+    if (cheap) {
+        made = ColorMap::make(mode, tree, { content, nullptr, std::nullopt });
+        return made;
+    }
+    if (!perTree.pending[slot(mode)])
+        make(tree, mode, content);
+    return nullptr;
+}
+
+void ColorMapStore::make(const std::shared_ptr<const ScanTree>& tree, ColorMode mode, const std::shared_ptr<const ContentMap>& content)
+{
+    PerTree& perTree = entry(tree);
+    perTree.pending[slot(mode)] = true;
+    ++m_making;
+    std::shared_ptr<OwnerSource> ownerSource = m_ownerSource;
+    std::shared_ptr<const OwnerMap> knownOwners = perTree.owners;
+    OffThread::run<Made>(
+        this,
+        [tree, mode, content, ownerSource, knownOwners] {
+            Made made;
+            ColorMap::Sources sources { content, nullptr, std::nullopt };
+            if (mode == ColorMode::owner) {
+                made.owners = knownOwners ? knownOwners : std::make_shared<const OwnerMap>(OwnerMap::build(*tree, ownerSource->get()));
+                sources.owner = made.owners->buckets(tree);
+            }
+            made.colors = ColorMap::make(mode, tree, std::move(sources));
+            return made;
+        },
+        [this, weakTree = std::weak_ptr<const ScanTree>(tree), mode](Made made) {
+            --m_making;
+            auto tree = weakTree.lock();
+            auto found = tree ? m_trees.find(tree.get()) : m_trees.end();
+            if (found == m_trees.end() || found->second.tree.lock() != tree)
+                return;
+            found->second.pending[slot(mode)] = false;
+            found->second.maps[slot(mode)] = std::move(made.colors);
+            if (made.owners)
+                found->second.owners = std::move(made.owners);
+            Q_EMIT ready();
+        });
+}
+
+std::shared_ptr<const OwnerMap> ColorMapStore::owners(const ScanTree* tree) const
+{
+    auto found = m_trees.find(tree);
+    return found == m_trees.end() ? nullptr : found->second.owners;
+}
+
+void ColorMapStore::keepOnly(const std::vector<const ScanTree*>& trees)
+{
+    std::erase_if(m_trees, [&](const auto& item) { return std::find(trees.begin(), trees.end(), item.first) == trees.end(); });
+}
+
+}

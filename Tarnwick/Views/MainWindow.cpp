@@ -1,0 +1,458 @@
+#include "MainWindow.hpp"
+
+#include "AppCommands.hpp"
+#include "AppModel.hpp"
+#include "Breadcrumb.hpp"
+#include "ColorMapStore.hpp"
+#include "Favorites.hpp"
+#include "History/HistoryStore.hpp"
+#include "InspectorView.hpp"
+#include "ListPane.hpp"
+#include "MapLegend.hpp"
+#include "OffThread.hpp"
+#include "Platform/UserDefaults.hpp"
+#include "Platform/UserFolders.hpp"
+#include "Platform/VolumeIdentity.hpp"
+#include "Scanning/ScanTree.hpp"
+#include "Scanning/ScopeResolver.hpp"
+#include "SourceSidebar.hpp"
+#include "StartView.hpp"
+#include "SunburstView.hpp"
+#include "ToolbarIcons.hpp"
+#include "ViewFormat.hpp"
+#include "ViewTexts.hpp"
+
+#include <QAction>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QPointer>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QTimer>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+#include <cstdlib>
+
+namespace tarnwick {
+
+namespace {
+
+// Disks' free space changes while the window is open.
+constexpr int sidebarRefreshMilliseconds = 30'000;
+
+QWidget* card(QWidget* content, const char* name)
+{
+    auto* frame = new QWidget();
+    frame->setObjectName(name);
+    frame->setAttribute(Qt::WA_StyledBackground);
+    auto* layout = new QVBoxLayout(frame);
+    layout->setContentsMargins(1, 1, 1, 1);
+    layout->addWidget(content);
+    return frame;
+}
+
+}
+
+MainWindow::Environment MainWindow::Environment::standard()
+{
+    const char* home = std::getenv("HOME");
+    return Environment {
+        home && *home ? std::string(home) : std::string("/"),
+        UserDefaults::standardPath(),
+        UserFolders::dataFolder() + "/" + std::string(HistoryStore::historyFolderName),
+    };
+}
+
+MainWindow::MainWindow(AppModel& model, Environment environment, QWidget* parent)
+    : QMainWindow(parent)
+    , m_model(model)
+    , m_environment(std::move(environment))
+    , m_defaults(std::make_unique<UserDefaults>(m_environment.defaultsPath))
+    , m_favorites(std::make_unique<Favorites>(*m_defaults))
+    , m_colors(new ColorMapStore(this))
+    , m_sidebar(new SourceSidebar({ m_environment.home, m_environment.historyFolder }, *m_favorites))
+    , m_pages(new QStackedWidget())
+    , m_start(new StartView())
+    , m_map(new SunburstView())
+    , m_legend(new MapLegend())
+    , m_list(new ListPane())
+    , m_inspector(new InspectorView())
+    , m_breadcrumb(new Breadcrumb())
+    , m_colorModes(new QComboBox())
+    , m_status(new QLabel())
+{
+    setWindowTitle(ViewTexts::appName);
+    resize(1280, 800);
+    buildToolbar();
+
+    m_pages->addWidget(m_start);
+    m_pages->addWidget(buildWorkspace());
+    auto* split = new QSplitter(Qt::Horizontal);
+    split->setObjectName("mainSplit");
+    split->setChildrenCollapsible(false);
+    split->setHandleWidth(1);
+    split->addWidget(m_sidebar);
+    split->addWidget(m_pages);
+    split->setStretchFactor(1, 1);
+    split->setSizes({ 230, 1050 });
+    m_sidebar->setMinimumWidth(190);
+    setCentralWidget(split);
+    statusBar()->addWidget(m_status, 1);
+    statusBar()->setSizeGripEnabled(false);
+
+    connect(m_sidebar, &SourceSidebar::sourceChosen, this, &MainWindow::choose);
+    connect(m_sidebar, &SourceSidebar::addFavoriteRequested, this, &MainWindow::addFavorite);
+    connect(m_start, &StartView::sourceChosen, this, &MainWindow::choose);
+    connect(m_start, &StartView::chooseFolderRequested, this, &MainWindow::chooseFolder);
+    connect(m_map, &SunburstView::folderOpened, this, [this](NodeID folder) { m_model.open(folder); });
+    connect(m_map, &SunburstView::nodeSelected, this, [this](std::optional<NodeID> node) { m_model.select(node); });
+    connect(m_map, &SunburstView::upRequested, this, &MainWindow::goUp);
+    connect(m_map, &SunburstView::stopRequested, this, [this] { m_model.cancelScan(); });
+    connect(m_map, &SunburstView::previewShown, this, &MainWindow::showPreview);
+    connect(m_list, &ListPane::nodeSelected, this, [this](std::optional<NodeID> node) { m_model.select(node); });
+    connect(m_list, &ListPane::folderOpened, this, [this](NodeID folder) { m_model.open(folder); });
+    connect(m_breadcrumb, &Breadcrumb::folderChosen, this, [this](NodeID folder) { m_model.open(folder); });
+    connect(m_colors, &ColorMapStore::ready, this, &MainWindow::refresh);
+
+    auto* sidebarTimer = new QTimer(this);
+    sidebarTimer->setInterval(sidebarRefreshMilliseconds);
+    connect(sidebarTimer, &QTimer::timeout, m_sidebar, &SourceSidebar::refresh);
+    sidebarTimer->start();
+
+    // The model outlives no window, but observers cannot be removed: a guard keeps a closed
+    // window from being called.
+    QPointer<MainWindow> guard(this);
+    m_model.addObserver([guard] {
+        if (guard)
+            guard->refresh();
+    });
+    m_model.addResultObserver([guard](const AppModel::Result&) {
+        if (guard)
+            guard->m_sidebar->refresh();
+    });
+    refresh();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::buildToolbar()
+{
+    auto* bar = addToolBar(QStringLiteral("Navigation"));
+    bar->setObjectName("toolbar");
+    bar->setMovable(false);
+    bar->setFloatable(false);
+    bar->setIconSize(QSize(18, 18));
+    bar->setContextMenuPolicy(Qt::PreventContextMenu);
+    m_back = bar->addAction(ToolbarIcons::back(), ViewTexts::back, this, &MainWindow::goBack);
+    m_back->setShortcut(QKeySequence::Back);
+    m_forward = bar->addAction(ToolbarIcons::forward(), ViewTexts::forward, this, &MainWindow::goForward);
+    m_forward->setShortcut(QKeySequence::Forward);
+    m_up = bar->addAction(ToolbarIcons::up(), ViewTexts::up, this, &MainWindow::goUp);
+    m_up->setShortcut(QKeySequence(Qt::ALT | Qt::Key_Up));
+    bar->addSeparator();
+    bar->addWidget(m_breadcrumb);
+    m_breadcrumb->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+
+    auto* label = new QLabel(ViewTexts::colorBy + QStringLiteral(" "));
+    label->setStyleSheet("color: #6B7280;");
+    bar->addWidget(label);
+    m_colorModes->setObjectName("colorMode");
+    for (ColorMode mode : allColorModes) {
+        std::string_view title = ColorModes::title(mode);
+        m_colorModes->addItem(QString::fromUtf8(title.data(), static_cast<qsizetype>(title.size())), static_cast<int>(mode));
+    }
+    connect(m_colorModes, &QComboBox::activated, this, [this](int index) {
+        m_model.setColorMode(static_cast<ColorMode>(m_colorModes->itemData(index).toInt()));
+    });
+    bar->addWidget(m_colorModes);
+    bar->addSeparator();
+    m_rescan = bar->addAction(ToolbarIcons::rescan(), ViewTexts::rescan, this, [this] { m_model.rescan(); });
+    m_rescan->setShortcut(QKeySequence::Refresh);
+    m_stop = bar->addAction(ToolbarIcons::stop(), ViewTexts::stop, this, [this] { m_model.cancelScan(); });
+    bar->addAction(ToolbarIcons::folder(), ViewTexts::chooseFolder, this, &MainWindow::chooseFolder);
+    bar->setToolButtonStyle(Qt::ToolButtonIconOnly);
+}
+
+QWidget* MainWindow::buildWorkspace()
+{
+    auto* mapColumn = new QWidget();
+    auto* mapLayout = new QVBoxLayout(mapColumn);
+    mapLayout->setContentsMargins(12, 12, 6, 12);
+    mapLayout->setSpacing(10);
+    auto* mapArea = new QWidget();
+    auto* mapAreaLayout = new QVBoxLayout(mapArea);
+    mapAreaLayout->setContentsMargins(8, 8, 8, 4);
+    mapAreaLayout->setSpacing(0);
+    mapAreaLayout->addWidget(m_map, 1);
+    mapAreaLayout->addWidget(m_legend);
+    mapLayout->addWidget(card(mapArea, "card"), 1);
+
+    auto* side = new QSplitter(Qt::Vertical);
+    side->setObjectName("sideSplit");
+    side->setChildrenCollapsible(false);
+    side->setHandleWidth(10);
+    side->addWidget(card(m_list, "card"));
+    side->addWidget(card(m_inspector, "card"));
+    side->setStretchFactor(0, 1);
+    side->setStretchFactor(1, 1);
+    auto* sideColumn = new QWidget();
+    auto* sideLayout = new QVBoxLayout(sideColumn);
+    sideLayout->setContentsMargins(6, 12, 12, 12);
+    sideLayout->addWidget(side);
+
+    auto* workspace = new QSplitter(Qt::Horizontal);
+    workspace->setObjectName("workspace");
+    workspace->setChildrenCollapsible(false);
+    workspace->setHandleWidth(1);
+    workspace->addWidget(mapColumn);
+    workspace->addWidget(sideColumn);
+    workspace->setStretchFactor(0, 5);
+    workspace->setStretchFactor(1, 4);
+    workspace->setSizes({ 560, 470 });
+    return workspace;
+}
+
+bool MainWindow::isBusy() const
+{
+    return m_colors->isMaking() || m_legendsPending > 0;
+}
+
+bool MainWindow::choose(const QString& path)
+{
+    AgentCommands::Request request { "scan", { { "path", path.toStdString() } }, false };
+    AgentResult result = AppCommands::scan(m_model, request);
+    if (result.isError) {
+        m_start->setFailure(QString::fromStdString(result.text));
+        statusBar()->showMessage(QString::fromStdString(result.text), 8000);
+        return false;
+    }
+    return true;
+}
+
+void MainWindow::chooseFolder()
+{
+    QString path = QFileDialog::getExistingDirectory(this, ViewTexts::chooseFolderTitle, QString::fromStdString(m_environment.home));
+    if (!path.isEmpty())
+        choose(path);
+}
+
+void MainWindow::addFavorite()
+{
+    QString path = QFileDialog::getExistingDirectory(this, ViewTexts::addFavorite, QString::fromStdString(m_environment.home));
+    if (path.isEmpty())
+        return;
+    m_favorites->add(path.toStdString());
+    m_sidebar->refresh();
+}
+
+std::optional<VolumeCapacity> MainWindow::capacityOf(const std::shared_ptr<const ScanTree>& tree)
+{
+    if (tree.get() == m_capacityTree)
+        return m_capacity;
+    m_capacityTree = tree.get();
+    m_capacity.reset();
+    const auto& result = m_model.result();
+    // Free and unaccounted space belong on the map only when a whole disk is shown.
+    if (result && result->tree == tree && result->scope.kind != SourceKind::folder) {
+        if (auto space = VolumeIdentity::space(result->scope.scanRoot))
+            m_capacity = VolumeCapacity { space->total, space->available };
+    }
+    return m_capacity;
+}
+
+void MainWindow::refresh()
+{
+    ColorMode mode = m_model.colorMode();
+    int modeIndex = m_colorModes->findData(static_cast<int>(mode));
+    if (modeIndex != m_colorModes->currentIndex())
+        m_colorModes->setCurrentIndex(modeIndex);
+    if (m_model.runningScan()) {
+        showScan();
+    } else if (m_model.result()) {
+        showResult();
+    } else {
+        m_map->clear();
+        m_list->clear();
+        m_inspector->clear();
+        m_legend->clear();
+        m_breadcrumb->showPath(nullptr, NodeID::root());
+        std::vector<StartView::Choice> choices;
+        for (const SourceSidebar::Source& source : m_sidebar->sources()) {
+            if (source.kind == SourceSidebar::Kind::disk)
+                choices.push_back({ source.title, ViewTexts::freeOf(ViewFormat::size(source.available), ViewFormat::size(source.total)), source.path });
+            else if (source.kind == SourceSidebar::Kind::home)
+                choices.push_back({ source.title, QString::fromStdString(source.path), source.path });
+        }
+        m_start->setChoices(choices);
+        const auto& failure = m_model.lastFailure();
+        m_start->setFailure(failure ? QString::fromStdString(failure->message) : QString());
+        m_pages->setCurrentWidget(m_start);
+        m_status->clear();
+        setWindowTitle(ViewTexts::appName);
+    }
+    bool scanning = m_model.runningScan().has_value();
+    m_stop->setEnabled(scanning);
+    m_rescan->setEnabled(!scanning && m_model.result().has_value());
+    m_back->setEnabled(!scanning && !m_backStack.empty());
+    m_forward->setEnabled(!scanning && !m_forwardStack.empty());
+    m_up->setEnabled(!scanning && m_model.result() && m_model.openFolder() != NodeID::root());
+}
+
+void MainWindow::showScan()
+{
+    const auto& running = *m_model.runningScan();
+    m_pages->setCurrentIndex(1);
+    std::optional<VolumeCapacity> capacity;
+    if (running.scope.kind != SourceKind::folder) {
+        if (auto space = VolumeIdentity::space(running.scope.scanRoot))
+            capacity = VolumeCapacity { space->total, space->available };
+    }
+    QString root = QString::fromStdString(ScopeResolver::displayPath(running.scope.scanRoot));
+    const ScanTree* resultTree = m_model.result() ? m_model.result()->tree.get() : nullptr;
+    bool rescan = resultTree && resultTree->rootPath() == running.scope.scanRoot;
+    QPointer<MainWindow> guard(this);
+    auto colors = [guard, resultTree](const std::shared_ptr<const ScanTree>& tree) {
+        if (!guard)
+            return std::shared_ptr<const ColorMap>();
+        // Only the latest preview and the finished result keep their colours.
+        guard->m_colors->keepOnly({ tree.get(), resultTree });
+        return guard->m_colors->colors(tree, guard->m_model.colorMode());
+    };
+    m_map->watchScan(running.scanner->progress(), root, capacity, colors, rescan ? SunburstView::Start::keepShown : SunburstView::Start::empty);
+    m_list->setInteractive(false);
+    if (!m_map->tree()) {
+        m_list->clear();
+        m_inspector->clear();
+    }
+    m_legend->clear();
+    m_legendColors = nullptr;
+    m_breadcrumb->showPath(nullptr, NodeID::root());
+    m_sidebar->setCurrentPath(running.scope.scanRoot);
+    m_status->setText(ViewTexts::scanning + QStringLiteral(" ") + root);
+    setWindowTitle(ViewTexts::appName + QStringLiteral(" — ") + root);
+}
+
+// The list and the inspector show the preview's top, sizes so far, while the map fills in.
+void MainWindow::showPreview()
+{
+    const auto& tree = m_map->tree();
+    if (!m_model.runningScan() || !tree)
+        return;
+    m_list->showFolder(tree, NodeID::root());
+    m_list->setColors(m_map->colors());
+    m_inspector->showNode(tree, NodeID::root(), nullptr, nullptr);
+}
+
+void MainWindow::showResult()
+{
+    const AppModel::Result& result = *m_model.result();
+    const std::shared_ptr<const ScanTree>& tree = result.tree;
+    NodeID open = m_model.openFolder();
+    std::optional<NodeID> selection = m_model.selection();
+    m_pages->setCurrentIndex(1);
+    m_map->endScanWatch();
+    m_list->setInteractive(true);
+    m_colors->keepOnly({ tree.get() });
+    updateNavigation(tree, open);
+
+    std::shared_ptr<const ColorMap> colors = m_colors->colors(tree, m_model.colorMode(), result.content);
+    m_map->showTree(tree, open, open == NodeID::root() ? capacityOf(tree) : std::nullopt);
+    m_map->setColors(colors);
+    m_map->setSelection(selection);
+    m_list->showFolder(tree, open);
+    m_list->setColors(colors);
+    m_list->setSelection(selection);
+    m_inspector->showNode(tree, selection.value_or(open), result.content, m_colors->owners(tree.get()));
+    m_breadcrumb->showPath(tree, open);
+    m_sidebar->setCurrentPath(tree->rootPath());
+    updateLegend(colors, open);
+
+    QString root = QString::fromStdString(ScopeResolver::displayPath(tree->rootPath()));
+    setWindowTitle(ViewTexts::appName + QStringLiteral(" — ") + root);
+    QString status = ViewFormat::count(tree->count() - 1) + QStringLiteral(" items · ") + ViewFormat::size(*tree, NodeID::root())
+        + QStringLiteral(" · scanned ") + ViewFormat::date(result.finishedAt);
+    if (!colors)
+        status += QStringLiteral(" · ") + ViewTexts::coloring;
+    m_status->setText(status);
+}
+
+void MainWindow::updateLegend(const std::shared_ptr<const ColorMap>& colors, NodeID root)
+{
+    if (!colors) {
+        m_legend->clear();
+        m_legendColors = nullptr;
+        return;
+    }
+    if (colors.get() == m_legendColors && root == m_legendRoot)
+        return;
+    m_legendColors = colors.get();
+    m_legendRoot = root;
+    const auto& tree = m_model.result()->tree;
+    std::shared_ptr<const OwnerMap> owners = m_colors->owners(tree.get());
+    std::optional<VolumeCapacity> capacity = root == NodeID::root() ? capacityOf(tree) : std::nullopt;
+    std::uint64_t request = ++m_legendRequest;
+    ++m_legendsPending;
+    OffThread::run<LegendContent>(
+        this, [colors, tree, root, owners, capacity] { return LegendContent::make(*colors, *tree, root, owners.get(), capacity); },
+        [this, request](LegendContent content) {
+            --m_legendsPending;
+            if (request == m_legendRequest)
+                m_legend->setContent(std::move(content));
+        });
+}
+
+void MainWindow::updateNavigation(const std::shared_ptr<const ScanTree>& tree, NodeID open)
+{
+    if (tree != m_navigationTree) {
+        m_navigationTree = tree;
+        m_backStack.clear();
+        m_forwardStack.clear();
+        m_lastOpen = open;
+        return;
+    }
+    if (open == m_lastOpen)
+        return;
+    if (!m_navigating) {
+        m_backStack.push_back(m_lastOpen);
+        m_forwardStack.clear();
+    }
+    m_lastOpen = open;
+}
+
+void MainWindow::goBack()
+{
+    if (m_backStack.empty() || !m_model.result())
+        return;
+    NodeID target = m_backStack.back();
+    m_backStack.pop_back();
+    m_forwardStack.push_back(m_model.openFolder());
+    m_navigating = true;
+    m_model.open(target);
+    m_navigating = false;
+}
+
+void MainWindow::goForward()
+{
+    if (m_forwardStack.empty() || !m_model.result())
+        return;
+    NodeID target = m_forwardStack.back();
+    m_forwardStack.pop_back();
+    m_backStack.push_back(m_model.openFolder());
+    m_navigating = true;
+    m_model.open(target);
+    m_navigating = false;
+}
+
+void MainWindow::goUp()
+{
+    const auto& result = m_model.result();
+    if (!result || m_model.runningScan())
+        return;
+    if (std::optional<NodeID> parent = result->tree->parent(m_model.openFolder()))
+        m_model.open(*parent);
+}
+
+}

@@ -1,0 +1,124 @@
+#pragma once
+
+#include "Geometry/VolumeCapacity.hpp"
+#include "Scanning/NodeID.hpp"
+
+#include <QMainWindow>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+class QAction;
+class QComboBox;
+class QLabel;
+class QStackedWidget;
+
+namespace tarnwick {
+
+class AppModel;
+class Breadcrumb;
+class ColorMap;
+class ColorMapStore;
+class Favorites;
+class InspectorView;
+class ListPane;
+class MapLegend;
+class ScanTree;
+class SourceSidebar;
+class StartView;
+class SunburstView;
+class UserDefaults;
+
+// The app's window: sources on the left, the map with its legend in the middle, the list and
+// the inspector on the right, and the toolbar above. Everything it shows comes from the app
+// model, and everything the user does goes back to it, so the command line sees the same.
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    struct Environment {
+        std::string home;
+        std::string defaultsPath;
+        std::string historyFolder;
+
+        // The user's home, settings file and history folder.
+        static Environment standard();
+    };
+
+    MainWindow(AppModel& model, Environment environment, QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    [[nodiscard]] SunburstView* map() const { return m_map; }
+    [[nodiscard]] ListPane* list() const { return m_list; }
+    [[nodiscard]] InspectorView* inspector() const { return m_inspector; }
+    [[nodiscard]] MapLegend* legend() const { return m_legend; }
+    [[nodiscard]] SourceSidebar* sidebar() const { return m_sidebar; }
+    [[nodiscard]] Breadcrumb* breadcrumb() const { return m_breadcrumb; }
+    [[nodiscard]] QComboBox* colorModes() const { return m_colorModes; }
+    [[nodiscard]] QStackedWidget* pages() const { return m_pages; }
+    [[nodiscard]] StartView* startView() const { return m_start; }
+    // Whether colours or the legend are still being worked out off the main thread.
+    [[nodiscard]] bool isBusy() const;
+
+    // Scans a place, or opens it when the current scan holds it; false with a message shown
+    // when it cannot be scanned.
+    bool choose(const QString& path);
+
+private:
+    void buildToolbar();
+    QWidget* buildWorkspace();
+    void refresh();
+    void showResult();
+    void showScan();
+    void showPreview();
+    void updateLegend(const std::shared_ptr<const ColorMap>& colors, NodeID root);
+    void updateNavigation(const std::shared_ptr<const ScanTree>& tree, NodeID open);
+    void goBack();
+    void goForward();
+    void goUp();
+    void chooseFolder();
+    void addFavorite();
+    std::optional<VolumeCapacity> capacityOf(const std::shared_ptr<const ScanTree>& tree);
+
+    AppModel& m_model;
+    Environment m_environment;
+    std::unique_ptr<UserDefaults> m_defaults;
+    std::unique_ptr<Favorites> m_favorites;
+    ColorMapStore* m_colors;
+
+    SourceSidebar* m_sidebar;
+    QStackedWidget* m_pages;
+    StartView* m_start;
+    SunburstView* m_map;
+    MapLegend* m_legend;
+    ListPane* m_list;
+    InspectorView* m_inspector;
+    Breadcrumb* m_breadcrumb;
+    QComboBox* m_colorModes;
+    QLabel* m_status;
+    QAction* m_back;
+    QAction* m_forward;
+    QAction* m_up;
+    QAction* m_rescan;
+    QAction* m_stop;
+
+    // Back and forward within one scan.
+    std::shared_ptr<const ScanTree> m_navigationTree;
+    NodeID m_lastOpen;
+    std::vector<NodeID> m_backStack;
+    std::vector<NodeID> m_forwardStack;
+    bool m_navigating = false;
+
+    // The legend shown, and the one being worked out.
+    const void* m_legendColors = nullptr;
+    NodeID m_legendRoot;
+    std::uint64_t m_legendRequest = 0;
+    int m_legendsPending = 0;
+
+    const ScanTree* m_capacityTree = nullptr;
+    std::optional<VolumeCapacity> m_capacity;
+};
+
+}

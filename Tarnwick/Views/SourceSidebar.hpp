@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QWidget>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+class QListWidget;
+class QListWidgetItem;
+class QPushButton;
+
+namespace tarnwick {
+
+class Favorites;
+
+// The sources down the left of the window: every disk with its free space, the home folder,
+// the user's favourites and the places that have a history.
+class SourceSidebar : public QWidget {
+    Q_OBJECT
+
+public:
+    enum class Kind { section, disk, home, favorite, history };
+
+    struct Source {
+        Kind kind = Kind::disk;
+        QString title;
+        std::string path;
+        std::int64_t total = 0;     // disks only
+        std::int64_t available = 0; // disks only
+    };
+
+    struct Places {
+        std::string home;
+        std::string historyFolder; // the history store's folder; its sources are listed
+    };
+
+    SourceSidebar(Places places, Favorites& favorites, QWidget* parent = nullptr);
+
+    // Reads the disks, favourites and history again.
+    void refresh();
+    // Marks the source whose path is being shown.
+    void setCurrentPath(const std::string& path);
+    [[nodiscard]] std::vector<Source> sources() const;
+    [[nodiscard]] QListWidget* list() const { return m_list; }
+
+Q_SIGNALS:
+    void sourceChosen(const QString& path);
+    void addFavoriteRequested();
+
+private:
+    void addSection(const QString& title);
+    void addSource(const Source& source);
+    void showMenu(const QPoint& position);
+    void chosen(QListWidgetItem* item);
+
+    Places m_places;
+    Favorites& m_favorites;
+    QListWidget* m_list;
+    QPushButton* m_add;
+    std::string m_currentPath;
+};
+
+}

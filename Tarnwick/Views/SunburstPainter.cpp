@@ -1,0 +1,144 @@
+#include "SunburstPainter.hpp"
+
+#include "MapPalette.hpp"
+
+#include <QFontMetricsF>
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace tarnwick::SunburstPainter {
+
+namespace {
+
+double degrees(double fraction)
+{
+    // Fractions run clockwise from twelve o'clock; Qt's angles anticlockwise from three.
+    return 90.0 - fraction * 360.0;
+}
+
+}
+
+QPainterPath sectorPath(const SunburstGeometry& geometry, int ring, double start, double end)
+{
+    QPointF center(geometry.center.x, geometry.center.y);
+    double inner = geometry.centerRadius + ring * geometry.ringWidth;
+    double outer = inner + geometry.ringWidth;
+    QRectF outerRect(center.x() - outer, center.y() - outer, 2 * outer, 2 * outer);
+    QRectF innerRect(center.x() - inner, center.y() - inner, 2 * inner, 2 * inner);
+    double from = degrees(start);
+    double sweep = -(end - start) * 360.0;
+    QPainterPath path;
+    path.arcMoveTo(outerRect, from);
+    path.arcTo(outerRect, from, sweep);
+    path.arcTo(innerRect, from + sweep, -sweep);
+    path.closeSubpath();
+    return path;
+}
+
+QPointF pointAt(const SunburstGeometry& geometry, double radius, double fraction)
+{
+    double angle = fraction * 2 * std::numbers::pi;
+    return QPointF(geometry.center.x + radius * std::sin(angle), geometry.center.y - radius * std::cos(angle));
+}
+
+void drawSectors(QPainter& painter, const SunburstLayout& layout, const SunburstGeometry& geometry, const Fill& fill)
+{
+    QPen border(MapPalette::sectorBorder(), 1.0);
+    border.setJoinStyle(Qt::RoundJoin);
+    for (const SunburstLayout::Ring& ring : layout.rings) {
+        for (const SunburstSector& sector : ring) {
+            QPainterPath path = sectorPath(geometry, sector.ring, sector.start, sector.end);
+            painter.setPen(border);
+            painter.setBrush(fill(sector));
+            painter.drawPath(path);
+            // Texture tells the parts that are not one item: the space the scan didn't find,
+            // and many items too small to draw.
+            if (std::holds_alternative<SunburstSector::Unaccounted>(sector.content)) {
+                painter.setPen(Qt::NoPen);
+                painter.setBrush(QBrush(QColor(255, 255, 255, 110), Qt::BDiagPattern));
+                painter.drawPath(path);
+            } else if (std::holds_alternative<SunburstSector::SmallObjects>(sector.content)) {
+                painter.setPen(Qt::NoPen);
+                painter.setBrush(QBrush(QColor(0xB4, 0xBC, 0xC8), Qt::Dense6Pattern));
+                painter.drawPath(path);
+            }
+        }
+    }
+}
+
+// Names run along the ring, turned so that they never stand on their heads.
+void drawLabels(QPainter& painter, const SunburstLayout& layout, const SunburstGeometry& geometry, const QFont& font, const Fill& fill,
+    const Name& name)
+{
+    QFont small = font;
+    small.setPointSizeF(small.pointSizeF() * 0.85);
+    painter.setFont(small);
+    QFontMetricsF metrics(small);
+    if (geometry.ringWidth < metrics.height() + 4)
+        return;
+    for (std::size_t ring = 0; ring < std::min<std::size_t>(layout.rings.size(), 2); ++ring) {
+        double radius = geometry.centerRadius + (static_cast<double>(ring) + 0.5) * geometry.ringWidth;
+        for (const SunburstSector& sector : layout.rings[ring]) {
+            std::optional<NodeID> node = sector.node();
+            if (!node)
+                continue;
+            double room = std::min(sector.span() * 2 * std::numbers::pi * radius, 180.0) - 12;
+            if (room < metrics.averageCharWidth() * 4)
+                continue;
+            QString text = metrics.elidedText(name(*node), Qt::ElideRight, room);
+            if (text.size() < 3)
+                continue;
+            double middle = (sector.start + sector.end) / 2;
+            double turn = middle * 360.0;
+            if (middle > 0.25 && middle < 0.75)
+                turn += 180.0;
+            painter.save();
+            painter.translate(pointAt(geometry, radius, middle));
+            painter.rotate(turn);
+            painter.setPen(MapPalette::textOn(fill(sector)));
+            painter.drawText(QRectF(-room / 2, -metrics.height() / 2, room, metrics.height()), Qt::AlignCenter, text);
+            painter.restore();
+        }
+    }
+}
+
+void drawOutline(QPainter& painter, const SunburstGeometry& geometry, const SunburstSector& sector, const QColor& color, double width)
+{
+    painter.setPen(QPen(color, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPath(sectorPath(geometry, sector.ring, sector.start, sector.end));
+}
+
+void drawCenter(QPainter& painter, const SunburstGeometry& geometry, const QFont& font, const QString& title, const QString& detail)
+{
+    QPointF center(geometry.center.x, geometry.center.y);
+    double radius = geometry.centerRadius - 2;
+    if (radius <= 4)
+        return;
+    painter.setPen(QPen(QColor(0xE3, 0xE7, 0xED), 1));
+    painter.setBrush(MapPalette::centerFill());
+    painter.drawEllipse(center, radius, radius);
+
+    double room = radius * 1.6;
+    QFont titleFont = font;
+    titleFont.setBold(true);
+    QFont detailFont = font;
+    detailFont.setPointSizeF(detailFont.pointSizeF() * 1.5);
+    detailFont.setWeight(QFont::DemiBold);
+    QFontMetricsF titleMetrics(titleFont);
+    QFontMetricsF detailMetrics(detailFont);
+    double top = center.y() - (titleMetrics.height() + detailMetrics.height()) / 2;
+    painter.setPen(QColor(0x4B, 0x55, 0x63));
+    painter.setFont(titleFont);
+    painter.drawText(QRectF(center.x() - room / 2, top, room, titleMetrics.height()), Qt::AlignCenter,
+        titleMetrics.elidedText(title, Qt::ElideMiddle, room));
+    painter.setPen(QColor(0x11, 0x18, 0x27));
+    painter.setFont(detailFont);
+    painter.drawText(QRectF(center.x() - room / 2, top + titleMetrics.height(), room, detailMetrics.height()), Qt::AlignCenter,
+        detailMetrics.elidedText(detail, Qt::ElideRight, room));
+}
+
+}

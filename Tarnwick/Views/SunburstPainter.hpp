@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Geometry/SunburstGeometry.hpp"
+#include "Geometry/SunburstLayout.hpp"
+
+#include <QColor>
+#include <QFont>
+#include <QPainterPath>
+#include <QString>
+
+#include <functional>
+
+class QPainter;
+
+namespace tarnwick {
+
+// Draws a laid-out ring map with QPainter: the sectors, their names, outlines over them and
+// the centre disc. Knows nothing of trees or colours beyond what it is handed.
+namespace SunburstPainter {
+
+using Fill = std::function<QColor(const SunburstSector&)>;
+using Name = std::function<QString(NodeID)>;
+
+// The outline of a sector: a piece of the ring between two fractions of a turn.
+QPainterPath sectorPath(const SunburstGeometry& geometry, int ring, double start, double end);
+// The point at a radius and a fraction of a turn clockwise from twelve o'clock.
+QPointF pointAt(const SunburstGeometry& geometry, double radius, double fraction);
+
+void drawSectors(QPainter& painter, const SunburstLayout& layout, const SunburstGeometry& geometry, const Fill& fill);
+// Names along the sectors of the first two rings that have room for them.
+void drawLabels(QPainter& painter, const SunburstLayout& layout, const SunburstGeometry& geometry, const QFont& font, const Fill& fill,
+    const Name& name);
+void drawOutline(QPainter& painter, const SunburstGeometry& geometry, const SunburstSector& sector, const QColor& color, double width);
+// The centre disc with a title over a larger detail line.
+void drawCenter(QPainter& painter, const SunburstGeometry& geometry, const QFont& font, const QString& title, const QString& detail);
+
+}
+
+}

@@ -1,0 +1,364 @@
+#include "SunburstView.hpp"
+
+#include "MapPalette.hpp"
+#include "ScanBanner.hpp"
+#include "SunburstPainter.hpp"
+#include "Scanning/ScanTree.hpp"
+#include "ViewFormat.hpp"
+#include "ViewTexts.hpp"
+
+#include <QHelpEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QTimer>
+#include <QToolTip>
+
+#include <cmath>
+#include <numbers>
+
+namespace tarnwick {
+
+namespace {
+
+// A sector narrower than this many pixels along its outer edge is not drawn.
+constexpr double narrowestArc = 2.0;
+
+}
+
+SunburstView::SunburstView(QWidget* parent)
+    : QWidget(parent)
+    , m_poll(new QTimer(this))
+    , m_banner(new ScanBanner(this))
+{
+    setMouseTracking(true);
+    setMinimumSize(320, 320);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    setObjectName("sunburst");
+    m_poll->setInterval(pollMilliseconds);
+    connect(m_poll, &QTimer::timeout, this, &SunburstView::pollScan);
+    connect(m_banner, &ScanBanner::stopRequested, this, &SunburstView::stopRequested);
+    m_banner->hide();
+}
+
+SunburstView::~SunburstView() = default;
+
+void SunburstView::showTree(std::shared_ptr<const ScanTree> tree, NodeID root, std::optional<VolumeCapacity> capacity)
+{
+    if (tree == m_tree && root == m_root && capacity == m_capacity)
+        return;
+    if (tree != m_tree) {
+        m_colors.reset();
+        m_selection.reset();
+    }
+    m_tree = std::move(tree);
+    m_root = root;
+    m_capacity = capacity;
+    m_hover.reset();
+    invalidatePicture();
+}
+
+void SunburstView::setColors(std::shared_ptr<const ColorMap> colors)
+{
+    if (colors == m_colors)
+        return;
+    m_colors = std::move(colors);
+    invalidatePicture();
+}
+
+void SunburstView::setSelection(std::optional<NodeID> node)
+{
+    if (node == m_selection)
+        return;
+    m_selection = node;
+    update();
+}
+
+void SunburstView::clear()
+{
+    endScanWatch();
+    showTree(nullptr, NodeID::root(), std::nullopt);
+}
+
+void SunburstView::watchScan(std::shared_ptr<ScanProgress> progress, const QString& rootName, std::optional<VolumeCapacity> capacity,
+    ColorSource colors, Start start)
+{
+    if (progress == m_progress)
+        return;
+    m_progress = std::move(progress);
+    m_scanRootName = rootName;
+    m_scanCapacity = capacity;
+    m_colorSource = std::move(colors);
+    m_shownPreview = 0;
+    if (start == Start::empty)
+        showTree(nullptr, NodeID::root(), std::nullopt);
+    m_hover.reset();
+    placeBanner();
+    pollScan();
+    m_poll->start();
+}
+
+void SunburstView::endScanWatch()
+{
+    m_poll->stop();
+    m_progress.reset();
+    m_colorSource = nullptr;
+    m_banner->hide();
+}
+
+void SunburstView::pollScan()
+{
+    if (!m_progress)
+        return;
+    ScanProgress::Snapshot state = m_progress->state();
+    m_banner->show(m_scanRootName, state.itemCount, QString::fromStdString(state.currentPath));
+    std::shared_ptr<const ScanPreview> preview = m_progress->latestPreview();
+    if (!preview || !preview->tree || preview->version == m_shownPreview)
+        return;
+    std::shared_ptr<const ColorMap> colors = m_colorSource ? m_colorSource(preview->tree) : nullptr;
+    // A preview waits for its colours, so the map doesn't flash grey between previews; only
+    // the first one shows at once.
+    if (!colors && m_tree)
+        return;
+    m_shownPreview = preview->version;
+    showTree(preview->tree, NodeID::root(), m_scanCapacity);
+    setColors(colors);
+    Q_EMIT previewShown();
+}
+
+SunburstGeometry SunburstView::currentGeometry()
+{
+    currentLayout();
+    return m_geometry;
+}
+
+SunburstLayout SunburstView::layOut(const SunburstGeometry& geometry)
+{
+    ++m_layoutsMade;
+    // Also skip what would be too thin to see along the ring's outer edge.
+    auto minimumSpan = [geometry](int ring) {
+        double outer = geometry.centerRadius + (ring + 1) * geometry.ringWidth;
+        return narrowestArc / (2 * std::numbers::pi * std::max(outer, 1.0));
+    };
+    return SunburstLayout::layout(*m_tree, m_root, geometry.ringCount, spanDivisor, m_capacity, minimumSpan);
+}
+
+const SunburstLayout& SunburstView::currentLayout()
+{
+    SunburstGeometry full = SunburstGeometry::geometry(maxRings, width(), height(), minimumRingWidth, inset);
+    LayoutKey key { m_tree.get(), m_root, m_capacity, full };
+    if (m_layoutKey == key)
+        return m_layout;
+    m_layoutKey = key;
+    m_pictureValid = false;
+    m_geometry = full;
+    if (!m_tree || full.ringCount < 1) {
+        m_layout = SunburstLayout { m_root, 0, {} };
+        return m_layout;
+    }
+    m_layout = layOut(full);
+    // When the tree ends before the outermost ring, the rings it has grow wider instead (up to
+    // a limit), so a shallow folder still fills the view.
+    int used = static_cast<int>(m_layout.rings.size());
+    if (used >= 1 && used < full.ringCount) {
+        double half = std::min(width(), height()) * 0.5;
+        double radius = used * maximumRingWidth / 0.76;
+        SunburstGeometry fitted = SunburstGeometry::geometry(used, width(), height(), minimumRingWidth, std::max(inset, half - radius));
+        if (fitted.ringCount == used && fitted.ringWidth > full.ringWidth) {
+            m_geometry = fitted;
+            m_layout = layOut(fitted);
+        }
+    }
+    return m_layout;
+}
+
+std::optional<SunburstSector> SunburstView::sectorAt(QPointF point)
+{
+    const SunburstLayout& layout = currentLayout();
+    SunburstGeometry::Hit hit = currentGeometry().hit({ point.x(), point.y() });
+    if (hit.kind != SunburstGeometry::Hit::Kind::ring)
+        return std::nullopt;
+    return layout.sector(hit.index, hit.fraction);
+}
+
+std::optional<SunburstSector> SunburstView::sectorOf(NodeID node)
+{
+    if (!m_tree || node == m_root || !m_tree->isAncestor(m_root, node))
+        return std::nullopt;
+    int ring = m_tree->depth(node) - m_tree->depth(m_root) - 1;
+    const SunburstLayout& layout = currentLayout();
+    if (ring < 0 || static_cast<std::size_t>(ring) >= layout.rings.size())
+        return std::nullopt;
+    for (const SunburstSector& sector : layout.rings[static_cast<std::size_t>(ring)]) {
+        if (sector.node() == node)
+            return sector;
+    }
+    return std::nullopt;
+}
+
+QString SunburstView::describe(const SunburstSector& sector) const
+{
+    if (!m_tree)
+        return {};
+    QString rootName = ViewFormat::name(*m_tree, m_root);
+    std::int64_t total = std::max<std::int64_t>(m_tree->allocatedSize(m_root), 1);
+    if (std::holds_alternative<SunburstSector::Available>(sector.content) || std::holds_alternative<SunburstSector::Unaccounted>(sector.content)) {
+        QString title = std::holds_alternative<SunburstSector::Available>(sector.content) ? ViewTexts::available : ViewTexts::unaccounted;
+        double ofDisk = m_capacity && m_capacity->total > 0 ? static_cast<double>(sector.bytes) / static_cast<double>(m_capacity->total) : 0;
+        return QStringLiteral("<b>%1</b><br>%2 · %3").arg(title.toHtmlEscaped(), ViewFormat::size(sector.bytes),
+            ViewTexts::ofDisk(ViewFormat::percent(ofDisk)));
+    }
+    double share = static_cast<double>(sector.bytes) / static_cast<double>(total);
+    QString shareText = ViewTexts::shareOf(ViewFormat::percent(share), rootName);
+    if (const auto* rest = std::get_if<SunburstSector::SmallObjects>(&sector.content)) {
+        return QStringLiteral("<b>%1</b><br>%2 · %3")
+            .arg(ViewTexts::smallObjectsCount(ViewFormat::count(rest->count())), ViewFormat::size(sector.bytes), shareText.toHtmlEscaped());
+    }
+    NodeID node = *sector.node();
+    return QStringLiteral("<b>%1</b><br>%2 · %3")
+        .arg(ViewFormat::name(*m_tree, node).toHtmlEscaped(), ViewFormat::size(*m_tree, node), shareText.toHtmlEscaped());
+}
+
+QColor SunburstView::fill(const SunburstSector& sector) const
+{
+    if (std::holds_alternative<SunburstSector::Available>(sector.content))
+        return MapPalette::available();
+    if (std::holds_alternative<SunburstSector::Unaccounted>(sector.content))
+        return MapPalette::unaccounted();
+    if (std::holds_alternative<SunburstSector::SmallObjects>(sector.content))
+        return MapPalette::forRing(MapPalette::smallObjects(), sector.ring);
+    QColor base = m_colors ? MapPalette::color(m_colors->color(*sector.node()), *m_colors) : MapPalette::uncolored(sector.branch);
+    return MapPalette::forRing(base, sector.ring);
+}
+
+void SunburstView::invalidatePicture()
+{
+    m_pictureValid = false;
+    update();
+}
+
+// The sectors and their names go into a picture that hovering and selection paint over.
+void SunburstView::renderPicture()
+{
+    const SunburstLayout& layout = currentLayout();
+    SunburstGeometry geometry = currentGeometry();
+    qreal ratio = devicePixelRatioF();
+    m_picture = QPixmap((QSizeF(size()) * ratio).toSize());
+    m_picture.setDevicePixelRatio(ratio);
+    m_picture.fill(Qt::transparent);
+    QPainter painter(&m_picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    auto fill = [this](const SunburstSector& sector) { return this->fill(sector); };
+    SunburstPainter::drawSectors(painter, layout, geometry, fill);
+    if (m_tree)
+        SunburstPainter::drawLabels(painter, layout, geometry, font(), fill, [this](NodeID node) { return ViewFormat::name(*m_tree, node); });
+    m_pictureValid = true;
+}
+
+// The centre names the hovered sector, else the open folder.
+std::pair<QString, QString> SunburstView::centerTexts() const
+{
+    if (m_hover && m_tree) {
+        if (std::optional<NodeID> node = m_hover->node())
+            return { ViewFormat::name(*m_tree, *node), ViewFormat::size(*m_tree, *node) };
+        if (const auto* rest = std::get_if<SunburstSector::SmallObjects>(&m_hover->content))
+            return { ViewTexts::smallObjectsCount(ViewFormat::count(rest->count())), ViewFormat::size(m_hover->bytes) };
+        bool available = std::holds_alternative<SunburstSector::Available>(m_hover->content);
+        return { available ? ViewTexts::available : ViewTexts::unaccounted, ViewFormat::size(m_hover->bytes) };
+    }
+    QString detail = m_tree ? ViewFormat::size(*m_tree, m_root) : QString();
+    if (m_progress)
+        return { ViewTexts::scanningCenter, detail };
+    return { m_tree ? ViewFormat::shortName(*m_tree, m_root) : QString(), detail };
+}
+
+void SunburstView::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    currentLayout();
+    if (!m_pictureValid || m_picture.size() != (QSizeF(size()) * devicePixelRatioF()).toSize())
+        renderPicture();
+    painter.drawPixmap(0, 0, m_picture);
+    SunburstGeometry geometry = currentGeometry();
+    if (m_hover)
+        SunburstPainter::drawOutline(painter, geometry, *m_hover, QColor(255, 255, 255, 230), 3.0);
+    if (m_selection) {
+        if (std::optional<SunburstSector> selected = sectorOf(*m_selection))
+            SunburstPainter::drawOutline(painter, geometry, *selected, MapPalette::selectionOutline(), 2.5);
+    }
+    if (m_tree || m_progress) {
+        auto [title, detail] = centerTexts();
+        SunburstPainter::drawCenter(painter, geometry, font(), title, detail);
+    }
+}
+
+void SunburstView::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    placeBanner();
+    invalidatePicture();
+}
+
+void SunburstView::placeBanner()
+{
+    int bannerWidth = std::min(width() - 24, 560);
+    int bannerHeight = m_banner->sizeHint().height();
+    m_banner->setGeometry((width() - bannerWidth) / 2, height() - bannerHeight - 12, bannerWidth, bannerHeight);
+}
+
+void SunburstView::mouseMoveEvent(QMouseEvent* event)
+{
+    std::optional<SunburstSector> sector = sectorAt(event->position());
+    if (sector != m_hover) {
+        m_hover = sector;
+        setCursor(sector && sector->node() && !m_progress ? Qt::PointingHandCursor : Qt::ArrowCursor);
+        update();
+    }
+}
+
+void SunburstView::leaveEvent(QEvent* event)
+{
+    QWidget::leaveEvent(event);
+    if (m_hover) {
+        m_hover.reset();
+        update();
+    }
+}
+
+void SunburstView::mouseReleaseEvent(QMouseEvent* event)
+{
+    // A preview is only looked at: its nodes are not the finished tree's.
+    if (event->button() != Qt::LeftButton || !m_tree || m_progress)
+        return;
+    SunburstGeometry::Hit hit = currentGeometry().hit({ event->position().x(), event->position().y() });
+    if (hit.kind == SunburstGeometry::Hit::Kind::center) {
+        Q_EMIT upRequested();
+        return;
+    }
+    std::optional<SunburstSector> sector = sectorAt(event->position());
+    std::optional<NodeID> node = sector ? sector->node() : std::nullopt;
+    if (!node) {
+        Q_EMIT nodeSelected(std::nullopt);
+        return;
+    }
+    if (m_tree->kind(*node) == NodeKind::directory && m_tree->childCount(*node) > 0)
+        Q_EMIT folderOpened(*node);
+    else
+        Q_EMIT nodeSelected(*node);
+}
+
+bool SunburstView::event(QEvent* event)
+{
+    if (event->type() == QEvent::ToolTip) {
+        auto* help = static_cast<QHelpEvent*>(event);
+        std::optional<SunburstSector> sector = sectorAt(help->pos());
+        if (sector)
+            QToolTip::showText(help->globalPos(), describe(*sector), this);
+        else
+            QToolTip::hideText();
+        return true;
+    }
+    return QWidget::event(event);
+}
+
+}

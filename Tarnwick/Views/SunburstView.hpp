@@ -1,0 +1,131 @@
+#pragma once
+
+#include "Classification/ColorMap.hpp"
+#include "Geometry/SunburstGeometry.hpp"
+#include "Geometry/SunburstLayout.hpp"
+#include "Geometry/VolumeCapacity.hpp"
+#include "Scanning/ScanProgress.hpp"
+
+#include <QPixmap>
+#include <QWidget>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class QTimer;
+
+namespace tarnwick {
+
+class ScanBanner;
+
+// The ring map: the open folder in the centre, its children in the first ring, theirs in
+// the next. It lays out only the sectors it draws and keeps that layout until the tree, the
+// open folder or the size changes; hovering and selecting repaint from a cached picture.
+class SunburstView : public QWidget {
+    Q_OBJECT
+
+public:
+    // The colours of a tree shown while a scan runs; null until they are made.
+    using ColorSource = std::function<std::shared_ptr<const ColorMap>(const std::shared_ptr<const ScanTree>&)>;
+
+    static constexpr int maxRings = 8;
+    static constexpr double minimumRingWidth = 18;
+    // A shallow tree gets wider rings, up to this, rather than a small map.
+    static constexpr double maximumRingWidth = 64;
+    static constexpr double inset = 14;
+    static constexpr int spanDivisor = 1500;
+    static constexpr int pollMilliseconds = 200;
+
+    explicit SunburstView(QWidget* parent = nullptr);
+    ~SunburstView() override;
+
+    void showTree(std::shared_ptr<const ScanTree> tree, NodeID root, std::optional<VolumeCapacity> capacity);
+    // Null draws the map in neutral tones until the colours are made.
+    void setColors(std::shared_ptr<const ColorMap> colors);
+    void setSelection(std::optional<NodeID> node);
+    void clear();
+
+    // Shows a running scan: every pollMilliseconds the latest preview, once its colours are
+    // made, and the count and path in the banner. A rescan keeps the map it replaces on show
+    // until the first preview, instead of an empty view.
+    enum class Start { empty, keepShown };
+    void watchScan(std::shared_ptr<ScanProgress> progress, const QString& rootName, std::optional<VolumeCapacity> capacity,
+        ColorSource colors, Start start = Start::empty);
+    void endScanWatch();
+    [[nodiscard]] bool isWatchingScan() const { return m_progress != nullptr; }
+
+    [[nodiscard]] const std::shared_ptr<const ScanTree>& tree() const { return m_tree; }
+    [[nodiscard]] NodeID root() const { return m_root; }
+    [[nodiscard]] const std::shared_ptr<const ColorMap>& colors() const { return m_colors; }
+    [[nodiscard]] std::optional<NodeID> selection() const { return m_selection; }
+    // The layout for the current size, made when anything it depends on changed.
+    const SunburstLayout& currentLayout();
+    // The rings' place in the view, for the current layout.
+    SunburstGeometry currentGeometry();
+    // How many layouts were made so far; repainting must not add to it.
+    [[nodiscard]] int layoutsMade() const { return m_layoutsMade; }
+    std::optional<SunburstSector> sectorAt(QPointF point);
+    // What the tooltip says about a sector: its name, size and share of the open folder.
+    [[nodiscard]] QString describe(const SunburstSector& sector) const;
+    [[nodiscard]] ScanBanner* scanBanner() const { return m_banner; }
+
+Q_SIGNALS:
+    void folderOpened(tarnwick::NodeID folder);
+    void nodeSelected(std::optional<tarnwick::NodeID> node);
+    void upRequested();
+    void stopRequested();
+    // A new preview of the running scan is on the map.
+    void previewShown();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    bool event(QEvent* event) override;
+
+private:
+    struct LayoutKey {
+        const ScanTree* tree = nullptr;
+        NodeID root;
+        std::optional<VolumeCapacity> capacity;
+        SunburstGeometry geometry;
+        bool operator==(const LayoutKey&) const = default;
+    };
+
+    void pollScan();
+    void invalidatePicture();
+    void renderPicture();
+    [[nodiscard]] QColor fill(const SunburstSector& sector) const;
+    [[nodiscard]] std::pair<QString, QString> centerTexts() const;
+    [[nodiscard]] std::optional<SunburstSector> sectorOf(NodeID node);
+    void placeBanner();
+    SunburstLayout layOut(const SunburstGeometry& geometry);
+
+    std::shared_ptr<const ScanTree> m_tree;
+    NodeID m_root;
+    std::optional<VolumeCapacity> m_capacity;
+    std::shared_ptr<const ColorMap> m_colors;
+    std::optional<NodeID> m_selection;
+    std::optional<SunburstSector> m_hover;
+
+    SunburstLayout m_layout;
+    SunburstGeometry m_geometry;
+    std::optional<LayoutKey> m_layoutKey;
+    int m_layoutsMade = 0;
+    QPixmap m_picture;
+    bool m_pictureValid = false;
+
+    std::shared_ptr<ScanProgress> m_progress;
+    QString m_scanRootName;
+    std::optional<VolumeCapacity> m_scanCapacity;
+    ColorSource m_colorSource;
+    std::uint64_t m_shownPreview = 0;
+    QTimer* m_poll;
+    ScanBanner* m_banner;
+};
+
+}

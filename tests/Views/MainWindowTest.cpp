@@ -1,0 +1,315 @@
+#include "AgentTools.hpp"
+#include "AppModel.hpp"
+#include "Favorites.hpp"
+#include "History/HistoryStore.hpp"
+#include "Platform/UserDefaults.hpp"
+#include "MainExecutor.hpp"
+#include "Scanning/ScanTree.hpp"
+#include "Scanning/ScopeResolver.hpp"
+#include "Support/TempFolder.hpp"
+#include "ViewTestSupport.hpp"
+#include "Views/Breadcrumb.hpp"
+#include "Views/DesktopApp.hpp"
+#include "Views/FolderListModel.hpp"
+#include "Views/InspectorView.hpp"
+#include "Views/ListPane.hpp"
+#include "Views/MainWindow.hpp"
+#include "Views/MapLegend.hpp"
+#include "Views/MapPalette.hpp"
+#include "Views/SourceSidebar.hpp"
+#include "Views/StartView.hpp"
+#include "Views/ViewFormat.hpp"
+#include "Views/ViewTexts.hpp"
+
+#include <gtest/gtest.h>
+
+#include <QComboBox>
+#include <QImage>
+#include <QStackedWidget>
+#include <QTableView>
+#include <QTest>
+
+#include <set>
+#include <thread>
+
+namespace tarnwick {
+namespace {
+
+using testing::pointIn;
+using testing::sectorOf;
+using testing::waitFor;
+
+// A small home folder scanned for real, shown in a window rendered offscreen.
+class MainWindowTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        scanned.makeFile("Movies/trip.mp4", 3'000'000);
+        scanned.makeFile("Movies/clip.mov", 1'200'000);
+        scanned.makeFile("Photos/one.jpg", 900'000);
+        scanned.makeFile("Photos/two.jpg", 800'000);
+        scanned.makeFile("Documents/report.pdf", 700'000);
+        scanned.makeFile("Documents/notes.txt", 20'000);
+        scanned.makeFile(".cache/thumbnails/blob.bin", 600'000);
+        scanned.makeFile("backup.zip", 2'000'000);
+        DesktopApp::useQtLoop(executor);
+        model = std::make_unique<AppModel>(executor);
+        MainWindow::Environment environment { scanned.path(), settings / "defaults.json", settings / "History" };
+        window = std::make_unique<MainWindow>(*model, environment);
+        window->resize(1280, 800);
+        window->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    }
+
+    void TearDown() override
+    {
+        window.reset();
+        model.reset();
+    }
+
+    void scan()
+    {
+        ASSERT_TRUE(window->choose(QString::fromStdString(scanned.path())));
+        ASSERT_TRUE(waitFor([&] { return !model->runningScan() && model->result() && !window->isBusy() && window->map()->colors(); }));
+    }
+
+    NodeID node(const std::string& relative) const
+    {
+        auto found = model->result()->tree->node(ScopeResolver::realPath(scanned / relative));
+        EXPECT_TRUE(found.has_value()) << relative;
+        return found.value_or(NodeID::root());
+    }
+
+    void click(NodeID target)
+    {
+        SunburstView& map = *window->map();
+        std::optional<SunburstSector> sector = sectorOf(map, target);
+        ASSERT_TRUE(sector.has_value());
+        SunburstGeometry geometry = map.currentGeometry();
+        QPointF point = pointIn(geometry, *sector, 0.5, 0.3);
+        // The point reads back as the sector through the geometry's own hit testing.
+        SunburstGeometry::Hit hit = geometry.hit({ point.x(), point.y() });
+        ASSERT_EQ(hit.kind, SunburstGeometry::Hit::Kind::ring);
+        ASSERT_EQ(map.currentLayout().sector(hit.index, hit.fraction), sector);
+        QTest::mouseClick(&map, Qt::LeftButton, {}, point.toPoint());
+        waitFor([&] { return !window->isBusy(); });
+    }
+
+    fixtures::TempFolder scanned;
+    fixtures::TempFolder settings;
+    MainExecutor executor;
+    std::unique_ptr<AppModel> model;
+    std::unique_ptr<MainWindow> window;
+};
+
+TEST_F(MainWindowTest, StartsWithTheChoiceOfADiskOrAFolderAndExplainsAFailedChoice)
+{
+    EXPECT_EQ(window->pages()->currentWidget(), window->startView());
+    bool homeListed = false;
+    for (const auto& source : window->sidebar()->sources())
+        homeListed = homeListed || (source.kind == SourceSidebar::Kind::home && source.path == scanned.path());
+    EXPECT_TRUE(homeListed);
+
+    EXPECT_FALSE(window->choose(QStringLiteral("relative/place")));
+    EXPECT_FALSE(model->runningScan().has_value());
+    EXPECT_EQ(window->pages()->currentWidget(), window->startView());
+}
+
+TEST_F(MainWindowTest, RendersEveryColorModeWithItsOwnColorsAndLegend)
+{
+    scan();
+    NodeID movies = node("Movies");
+    fixtures::TempFolder pictures;
+    std::set<QRgb> sectorColors;
+    for (ColorMode mode : allColorModes) {
+        window->colorModes()->setCurrentIndex(window->colorModes()->findData(static_cast<int>(mode)));
+        Q_EMIT window->colorModes()->activated(window->colorModes()->currentIndex());
+        ASSERT_EQ(model->colorMode(), mode);
+        ASSERT_TRUE(waitFor([&] { return !window->isBusy() && window->map()->colors() && window->map()->colors()->mode() == mode; }))
+            << ColorModes::title(mode);
+
+        QImage picture = window->grab().toImage();
+        std::string file = pictures / (std::string(ColorModes::commandLineName(mode)) + ".png");
+        ASSERT_TRUE(picture.save(QString::fromStdString(file)));
+        EXPECT_FALSE(QImage(QString::fromStdString(file)).isNull());
+
+        // The map paints the sector in the colour the mode gives the folder.
+        SunburstView& map = *window->map();
+        const ColorMap& colors = *map.colors();
+        QImage mapPicture = map.grab().toImage();
+        std::optional<SunburstSector> sector = sectorOf(map, movies);
+        ASSERT_TRUE(sector.has_value());
+        QPointF inside = pointIn(map.currentGeometry(), *sector, 0.2, 0.15);
+        QColor expected = MapPalette::forRing(MapPalette::color(colors.color(movies), colors), 0);
+        QColor painted = mapPicture.pixelColor((inside * mapPicture.devicePixelRatio()).toPoint());
+        EXPECT_NEAR(painted.red(), expected.red(), 3) << ColorModes::title(mode);
+        EXPECT_NEAR(painted.green(), expected.green(), 3) << ColorModes::title(mode);
+        EXPECT_NEAR(painted.blue(), expected.blue(), 3) << ColorModes::title(mode);
+        sectorColors.insert(painted.rgb());
+
+        const LegendContent& legend = window->legend()->content();
+        bool scaleMode = mode == ColorMode::caches || mode == ColorMode::hiddenFromFinder || mode == ColorMode::onDiskVsSize;
+        EXPECT_EQ(legend.gradient, scaleMode) << ColorModes::title(mode);
+        if (!scaleMode) {
+            EXPECT_FALSE(legend.items.empty()) << ColorModes::title(mode);
+        }
+    }
+    // Video, a date and the gradients are not all one colour.
+    EXPECT_GE(sectorColors.size(), 3u);
+}
+
+TEST_F(MainWindowTest, LegendNamesTheContentOfTheOpenFolderWithShares)
+{
+    scan();
+    const LegendContent& legend = window->legend()->content();
+    ASSERT_FALSE(legend.items.empty());
+    std::string_view video = ContentCategories::displayLabel(ContentCategory::video);
+    EXPECT_EQ(legend.items.front().label.toStdString(), video) << "the largest group comes first";
+    EXPECT_TRUE(legend.items.front().share.endsWith(QStringLiteral("%")));
+}
+
+TEST_F(MainWindowTest, ClickingAFolderOnTheMapOpensItAndTheListAndInspectorFollow)
+{
+    scan();
+    NodeID movies = node("Movies");
+    click(movies);
+    EXPECT_EQ(model->openFolder(), movies);
+    EXPECT_EQ(window->map()->root(), movies);
+    EXPECT_EQ(window->list()->model()->summary().node, movies);
+    EXPECT_EQ(window->list()->model()->rowCount(), 2);
+    EXPECT_EQ(window->inspector()->titleText(), QStringLiteral("Movies"));
+    EXPECT_TRUE(window->breadcrumb()->names().contains(QStringLiteral("Movies")));
+
+    // The centre goes back up, and back and forward walk the way again.
+    SunburstGeometry geometry = window->map()->currentGeometry();
+    QTest::mouseClick(window->map(), Qt::LeftButton, {}, QPoint(static_cast<int>(geometry.center.x), static_cast<int>(geometry.center.y)));
+    EXPECT_EQ(model->openFolder(), NodeID::root());
+    QTest::keyClick(window.get(), Qt::Key_Left, Qt::AltModifier);
+    EXPECT_EQ(model->openFolder(), movies);
+    QTest::keyClick(window.get(), Qt::Key_Right, Qt::AltModifier);
+    EXPECT_EQ(model->openFolder(), NodeID::root());
+}
+
+TEST_F(MainWindowTest, ClickingAFileOnTheMapSelectsItInTheListAndInspector)
+{
+    scan();
+    NodeID backup = node("backup.zip");
+    click(backup);
+    EXPECT_EQ(model->openFolder(), NodeID::root());
+    EXPECT_EQ(model->selection(), backup);
+    EXPECT_EQ(window->list()->selectedNode(), backup);
+    EXPECT_EQ(window->map()->selection(), backup);
+    EXPECT_TRUE(window->inspector()->pathText().endsWith(QStringLiteral("/backup.zip")));
+    const ScanTree& tree = *model->result()->tree;
+    EXPECT_EQ(window->inspector()->value(ViewTexts::sizeOnDisk), ViewFormat::size(tree, backup));
+    ASSERT_TRUE(waitFor([&] { return !window->inspector()->contentShares().empty(); }));
+    EXPECT_EQ(window->inspector()->contentShares().front().category, ContentCategory::archives);
+
+    // A click on nothing clears the selection everywhere.
+    QTest::mouseClick(window->map(), Qt::LeftButton, {}, QPoint(2, 2));
+    EXPECT_FALSE(model->selection().has_value());
+    EXPECT_FALSE(window->list()->selectedNode().has_value());
+}
+
+TEST_F(MainWindowTest, SelectingARowSelectsOnTheMapAndActivatingAFolderOpensIt)
+{
+    scan();
+    NodeID documents = node("Documents");
+    std::optional<int> row = window->list()->visualRow(documents);
+    ASSERT_TRUE(row.has_value());
+    window->list()->table()->selectRow(*row);
+    EXPECT_EQ(model->selection(), documents);
+    EXPECT_EQ(window->map()->selection(), documents);
+    EXPECT_EQ(window->inspector()->titleText(), QStringLiteral("Documents"));
+
+    // Sorting by name keeps the selection on the same item.
+    window->list()->table()->sortByColumn(FolderListModel::name, Qt::AscendingOrder);
+    EXPECT_EQ(window->list()->selectedNode(), documents);
+
+    Q_EMIT window->list()->table()->doubleClicked(window->list()->table()->model()->index(*window->list()->visualRow(documents), 0));
+    EXPECT_EQ(model->openFolder(), documents);
+    EXPECT_EQ(window->map()->root(), documents);
+}
+
+TEST_F(MainWindowTest, CommandsFromTheSocketRunOnTheWindowThreadAndMoveTheViews)
+{
+    scan();
+    AgentTools tools(*model, executor);
+    std::thread::id windowThread = std::this_thread::get_id();
+    std::thread::id ranOn;
+    AgentResult shown;
+    std::atomic<bool> done = false;
+    std::thread connection([&] {
+        executor.runAndWait<bool>([&] {
+            ranOn = std::this_thread::get_id();
+            return true;
+        });
+        shown = tools.handle(AgentCommands::Request { "show", { { "path", scanned / "Photos" }, { "color", "modified" } }, false });
+        done = true;
+    });
+    ASSERT_TRUE(waitFor([&] { return done.load(); }));
+    connection.join();
+    EXPECT_EQ(ranOn, windowThread);
+    ASSERT_FALSE(shown.isError) << shown.text;
+    NodeID photos = node("Photos");
+    EXPECT_EQ(window->map()->root(), photos);
+    EXPECT_EQ(window->list()->model()->summary().node, photos);
+    EXPECT_EQ(window->colorModes()->currentData().toInt(), static_cast<int>(ColorMode::lastModified));
+}
+
+TEST_F(MainWindowTest, RepaintingAndHoveringKeepTheLayout)
+{
+    scan();
+    SunburstView& map = *window->map();
+    // The legend arrives from the pool and may take a line more, which resizes the map once.
+    ASSERT_TRUE(waitFor([&] {
+        int before = map.layoutsMade();
+        QTest::qWait(30);
+        map.repaint();
+        return map.layoutsMade() == before;
+    }));
+    int made = map.layoutsMade();
+    std::optional<SunburstSector> sector = sectorOf(map, node("Movies"));
+    ASSERT_TRUE(sector.has_value());
+    for (double along : { 0.2, 0.5, 0.8 })
+        QTest::mouseMove(&map, pointIn(map.currentGeometry(), *sector, along).toPoint());
+    map.repaint();
+    EXPECT_EQ(map.layoutsMade(), made);
+    EXPECT_NE(map.describe(*sector).indexOf(QStringLiteral("Movies")), -1);
+
+    window->resize(1000, 700);
+    waitFor([] { return true; });
+    map.repaint();
+    EXPECT_GT(map.layoutsMade(), made);
+}
+
+TEST_F(MainWindowTest, FavoritesAndPlacesWithAHistoryAppearInTheSidebar)
+{
+    auto listed = [&](SourceSidebar::Kind kind, const std::string& path) {
+        for (const auto& source : window->sidebar()->sources()) {
+            if (source.kind == kind && source.path == path)
+                return true;
+        }
+        return false;
+    };
+    fixtures::TempFolder favorite;
+    UserDefaults defaults(settings / "defaults.json");
+    Favorites favorites(defaults);
+    ASSERT_TRUE(favorites.add(favorite.path()));
+    EXPECT_TRUE(listed(SourceSidebar::Kind::favorite, favorite.path()));
+
+    auto store = HistoryStore::open(settings / "History");
+    ASSERT_TRUE(store.has_value());
+    HistoryStore::SnapshotFiles files;
+    files.date = std::chrono::system_clock::now();
+    files.total = 1000;
+    files.current = { 1, 2, 3 };
+    files.day = { 4, 5, 6 };
+    ASSERT_TRUE((*store)->save(HistorySource { "/home/ann/Projects", "dev:8:1" }, files).has_value());
+    EXPECT_TRUE(listed(SourceSidebar::Kind::history, "/home/ann/Projects"));
+    for (const auto& source : window->sidebar()->sources())
+        EXPECT_NE(source.kind, SourceSidebar::Kind::section);
+}
+
+}
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "Geometry/SunburstGeometry.hpp"
+#include "Geometry/SunburstLayout.hpp"
+#include "Views/SunburstView.hpp"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QPoint>
+#include <QThread>
+
+#include <cmath>
+#include <functional>
+#include <numbers>
+#include <optional>
+
+namespace tarnwick::testing {
+
+// Runs the event loop until done() holds, for at most twenty seconds.
+inline bool waitFor(const std::function<bool()>& done)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!done()) {
+        if (clock.elapsed() > 20'000)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        QThread::msleep(2);
+    }
+    QCoreApplication::processEvents();
+    return true;
+}
+
+// The sector a node has on the map, if it is drawn.
+inline std::optional<SunburstSector> sectorOf(SunburstView& map, NodeID node)
+{
+    for (const auto& ring : map.currentLayout().rings) {
+        for (const SunburstSector& sector : ring) {
+            if (sector.node() == node)
+                return sector;
+        }
+    }
+    return std::nullopt;
+}
+
+// A point inside a sector: at a share of the way through its angle and through its ring.
+inline QPointF pointIn(const SunburstGeometry& geometry, const SunburstSector& sector, double along = 0.5, double across = 0.5)
+{
+    double fraction = sector.start + (sector.end - sector.start) * along;
+    double radius = geometry.centerRadius + (sector.ring + across) * geometry.ringWidth;
+    double angle = fraction * 2 * std::numbers::pi;
+    return QPointF(geometry.center.x + radius * std::sin(angle), geometry.center.y - radius * std::cos(angle));
+}
+
+}
