@@ -9,8 +9,7 @@
 #include "MainExecutor.hpp"
 #include "Platform/SystemLog.hpp"
 #include "Platform/UserFolders.hpp"
-#include "Views/DesktopApp.hpp"
-#include "Views/MainWindow.hpp"
+#include "DesktopHost.hpp"
 
 #include <csignal>
 #include <pthread.h>
@@ -55,7 +54,7 @@ int run(const std::vector<std::string>& words)
     int status = 0;
     MainExecutor executor;
     // With a display, Qt's event loop becomes the main executor and the window shows the model.
-    std::unique_ptr<DesktopApp> desktop = DesktopApp::start(executor, words);
+    std::unique_ptr<DesktopHost> desktop = DesktopLoader::start(executor, words);
     std::thread terminationWatch = watchForTermination(executor, signals);
     {
         AppModel model(executor);
@@ -74,7 +73,7 @@ int run(const std::vector<std::string>& words)
             status = 1;
             executor.stop();
         }
-        std::unique_ptr<MainWindow> window = desktop ? desktop->openWindow(model) : nullptr;
+        std::unique_ptr<DesktopHost::Window> window = desktop ? desktop->openWindow(model) : nullptr;
         if (auto path = openArgument(words)) {
             executor.post([&model, path = *path] {
                 AgentCommands::Request request { "scan", { { "path", path } }, false };
