@@ -1,9 +1,8 @@
 #pragma once
 
-#include <condition_variable>
-#include <deque>
+#include "TaskQueue.hpp"
+
 #include <functional>
-#include <mutex>
 #include <thread>
 
 namespace tarnwick {
@@ -12,20 +11,22 @@ namespace tarnwick {
 // done in the order handed in. The destructor finishes what was handed in.
 class BackgroundWorker {
 public:
-    BackgroundWorker();
-    ~BackgroundWorker();
+    BackgroundWorker()
+        : m_thread([this] { m_queue.run(); })
+    {
+    }
+    ~BackgroundWorker()
+    {
+        m_queue.stop();
+        m_thread.join();
+    }
     BackgroundWorker(const BackgroundWorker&) = delete;
     BackgroundWorker& operator=(const BackgroundWorker&) = delete;
 
-    void post(std::function<void()> task);
+    void post(std::function<void()> task) { m_queue.post(std::move(task)); }
 
 private:
-    void run();
-
-    std::mutex m_lock;
-    std::condition_variable m_changed;
-    std::deque<std::function<void()>> m_tasks;
-    bool m_stopping = false;
+    TaskQueue m_queue;
     std::thread m_thread;
 };
 

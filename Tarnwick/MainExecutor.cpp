@@ -8,11 +8,7 @@ void MainExecutor::post(std::function<void()> task)
         m_loop->post(std::move(task));
         return;
     }
-    {
-        std::scoped_lock guard(m_lock);
-        m_tasks.push_back(std::move(task));
-    }
-    m_changed.notify_one();
+    m_queue.post(std::move(task));
 }
 
 void MainExecutor::run()
@@ -22,24 +18,12 @@ void MainExecutor::run()
         m_loop->run();
         return;
     }
-    for (;;) {
-        std::function<void()> task;
-        {
-            std::unique_lock guard(m_lock);
-            m_changed.wait(guard, [this] { return m_stopping || !m_tasks.empty(); });
-            if (m_tasks.empty())
-                return;
-            task = std::move(m_tasks.front());
-            m_tasks.pop_front();
-        }
-        task();
-    }
+    m_queue.run();
 }
 
 void MainExecutor::reopen()
 {
-    std::scoped_lock guard(m_lock);
-    m_stopping = false;
+    m_queue.reopen();
 }
 
 void MainExecutor::stop()
@@ -48,11 +32,7 @@ void MainExecutor::stop()
         m_loop->quit();
         return;
     }
-    {
-        std::scoped_lock guard(m_lock);
-        m_stopping = true;
-    }
-    m_changed.notify_all();
+    m_queue.stop();
 }
 
 }

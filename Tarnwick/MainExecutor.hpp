@@ -1,10 +1,9 @@
 #pragma once
 
-#include <condition_variable>
-#include <deque>
+#include "TaskQueue.hpp"
+
 #include <functional>
 #include <future>
-#include <mutex>
 #include <optional>
 #include <thread>
 
@@ -37,10 +36,7 @@ public:
     [[nodiscard]] bool isCurrent() const { return std::this_thread::get_id() == m_owner; }
 
 private:
-    std::mutex m_lock;
-    std::condition_variable m_changed;
-    std::deque<std::function<void()>> m_tasks;
-    bool m_stopping = false;
+    TaskQueue m_queue;
     std::thread::id m_owner;
     std::optional<Loop> m_loop;
 };

@@ -1,23 +1,8 @@
-#include "BackgroundWorker.hpp"
+#include "TaskQueue.hpp"
 
 namespace tarnwick {
 
-BackgroundWorker::BackgroundWorker()
-    : m_thread([this] { run(); })
-{
-}
-
-BackgroundWorker::~BackgroundWorker()
-{
-    {
-        std::scoped_lock guard(m_lock);
-        m_stopping = true;
-    }
-    m_changed.notify_all();
-    m_thread.join();
-}
-
-void BackgroundWorker::post(std::function<void()> task)
+void TaskQueue::post(std::function<void()> task)
 {
     {
         std::scoped_lock guard(m_lock);
@@ -26,7 +11,7 @@ void BackgroundWorker::post(std::function<void()> task)
     m_changed.notify_one();
 }
 
-void BackgroundWorker::run()
+void TaskQueue::run()
 {
     for (;;) {
         std::function<void()> task;
@@ -40,6 +25,21 @@ void BackgroundWorker::run()
         }
         task();
     }
+}
+
+void TaskQueue::stop()
+{
+    {
+        std::scoped_lock guard(m_lock);
+        m_stopping = true;
+    }
+    m_changed.notify_all();
+}
+
+void TaskQueue::reopen()
+{
+    std::scoped_lock guard(m_lock);
+    m_stopping = false;
 }
 
 }
