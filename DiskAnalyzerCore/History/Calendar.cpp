@@ -8,13 +8,7 @@ namespace tarnwick {
 
 namespace {
 
-constexpr std::int64_t secondsPerDay = 86400;
-
-constexpr std::int64_t floorDivide(std::int64_t value, std::int64_t divisor)
-{
-    std::int64_t quotient = value / divisor;
-    return (value % divisor != 0 && (value < 0) != (divisor < 0)) ? quotient - 1 : quotient;
-}
+constexpr std::int64_t secondsPerDay = TimeZone::secondsPerDay;
 
 // A date split into whole seconds since 1970 and the fraction below them, so that calendar
 // arithmetic on the seconds keeps the fraction intact.
@@ -32,27 +26,6 @@ SplitDate split(Date date)
 Date joined(std::int64_t unixSeconds, Date::duration fraction)
 {
     return Date(std::chrono::seconds(unixSeconds)) + fraction;
-}
-
-std::int64_t localSeconds(std::int64_t unixSeconds, const TimeZone& zone)
-{
-    return unixSeconds + zone.offsetFromGMT(unixSeconds);
-}
-
-// The instant showing the given local wall-clock time. A time that happens twice gives its
-// first occurrence; a skipped time is read with the offset in force before the gap, which
-// lands the same distance after the jump.
-std::int64_t instantOfLocal(std::int64_t local, const TimeZone& zone)
-{
-    const std::int64_t before = zone.offsetFromGMT(local - secondsPerDay);
-    const std::int64_t after = zone.offsetFromGMT(local + secondsPerDay);
-    std::optional<std::int64_t> first;
-    for (std::int64_t offset : { before, after }) {
-        std::int64_t candidate = local - offset;
-        if (zone.offsetFromGMT(candidate) == offset && (!first || candidate < *first))
-            first = candidate;
-    }
-    return first ? *first : local - before;
 }
 
 std::chrono::year_month_day civil(std::int64_t dayNumber)
@@ -91,7 +64,7 @@ Calendar Calendar::fixed(std::int64_t secondsEastOfGMT)
 
 std::int64_t Calendar::dayNumber(Date date) const
 {
-    return floorDivide(localSeconds(split(date).unixSeconds, *m_zone), secondsPerDay);
+    return m_zone->localDay(split(date).unixSeconds);
 }
 
 Calendar::LocalDate Calendar::localDate(Date date) const
@@ -119,44 +92,27 @@ Date Calendar::startOfDay(Date date) const
 
 Date Calendar::startOfDay(std::int64_t day) const
 {
-    const TimeZone& zone = *m_zone;
-    const std::int64_t midnight = day * secondsPerDay;
-    const std::int64_t candidate = instantOfLocal(midnight, zone);
-    if (localSeconds(candidate, zone) == midnight)
-        return joined(candidate, {});
-    // Midnight falls in a gap: the day starts at the jump, the first instant on the later offset.
-    const std::int64_t before = zone.offsetFromGMT(midnight - secondsPerDay);
-    const std::int64_t after = zone.offsetFromGMT(midnight + secondsPerDay);
-    std::int64_t low = midnight - std::max(before, after);
-    std::int64_t high = midnight - std::min(before, after);
-    while (high - low > 1) {
-        std::int64_t middle = low + (high - low) / 2;
-        if (zone.offsetFromGMT(middle) == before)
-            low = middle;
-        else
-            high = middle;
-    }
-    return joined(high, {});
+    return joined(m_zone->startOfLocalDay(day), {});
 }
 
 Date Calendar::addingDays(Date date, int days) const
 {
     SplitDate parts = split(date);
-    std::int64_t local = localSeconds(parts.unixSeconds, *m_zone);
-    return joined(instantOfLocal(local + std::int64_t { days } * secondsPerDay, *m_zone), parts.fraction);
+    std::int64_t local = m_zone->localSeconds(parts.unixSeconds);
+    return joined(m_zone->instantOfLocal(local + std::int64_t { days } * secondsPerDay), parts.fraction);
 }
 
 Date Calendar::addingMonths(Date date, int months) const
 {
     using namespace std::chrono;
     SplitDate parts = split(date);
-    const std::int64_t local = localSeconds(parts.unixSeconds, *m_zone);
-    const std::int64_t day = floorDivide(local, secondsPerDay);
+    const std::int64_t local = m_zone->localSeconds(parts.unixSeconds);
+    const std::int64_t day = TimeZone::floorDivide(local, secondsPerDay);
     const std::int64_t timeOfDay = local - day * secondsPerDay;
     year_month_day target = civil(day) + std::chrono::months { months };
     if (!target.ok())
         target = target.year() / target.month() / last;
-    return joined(instantOfLocal(dayNumberOf(target) * secondsPerDay + timeOfDay, *m_zone), parts.fraction);
+    return joined(m_zone->instantOfLocal(dayNumberOf(target) * secondsPerDay + timeOfDay), parts.fraction);
 }
 
 }
