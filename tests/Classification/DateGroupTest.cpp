@@ -1,8 +1,10 @@
+#include "Support/OneTransitionZone.hpp"
 #include "Classification/DateGroup.hpp"
 
 #include <gtest/gtest.h>
 
 using namespace tarnwick;
+using tarnwick::fixtures::OneTransitionZone;
 
 namespace {
 
@@ -10,23 +12,6 @@ constexpr std::int64_t reference = TreeDate::referenceUnixSeconds;
 
 Date at(std::int64_t unixSeconds) { return Date(std::chrono::seconds(unixSeconds)); }
 
-// A zone whose offset changes once, at a given instant.
-class OneTransitionZone final : public TimeZone {
-public:
-    OneTransitionZone(std::int64_t transition, std::int64_t before, std::int64_t after)
-        : m_transition(transition)
-        , m_before(before)
-        , m_after(after)
-    {
-    }
-    [[nodiscard]] std::int64_t offsetFromGMT(std::int64_t unixSeconds) const override
-    {
-        return unixSeconds < m_transition ? m_before : m_after;
-    }
-
-private:
-    std::int64_t m_transition, m_before, m_after;
-};
 
 }
 

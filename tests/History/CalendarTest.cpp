@@ -1,30 +1,15 @@
+#include "Support/OneTransitionZone.hpp"
 #include "History/Calendar.hpp"
 #include "History/HistoryTestSupport.hpp"
 
 #include <gtest/gtest.h>
 
 using namespace tarnwick;
+using tarnwick::fixtures::OneTransitionZone;
 using fixtures::utc;
 
 namespace {
 
-// A zone whose offset changes once, at a given instant (seconds since 1970).
-class OneTransitionZone final : public TimeZone {
-public:
-    OneTransitionZone(std::int64_t transition, std::int64_t before, std::int64_t after)
-        : m_transition(transition)
-        , m_before(before)
-        , m_after(after)
-    {
-    }
-    [[nodiscard]] std::int64_t offsetFromGMT(std::int64_t unixSeconds) const override
-    {
-        return unixSeconds < m_transition ? m_before : m_after;
-    }
-
-private:
-    std::int64_t m_transition, m_before, m_after;
-};
 
 std::int64_t unixSeconds(Date date)
 {
