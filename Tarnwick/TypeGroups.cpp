@@ -178,14 +178,33 @@ std::vector<Largest> largestPlaces(const ScanTree& tree, NodeID place, const Mod
     return largest;
 }
 
-std::vector<Place> sortedPlaces(const ScanTree& tree, Largest largest)
+// The places of each group, measured by the group's bytes in them: the largest items that
+// take the group, and the items directly inside the place that take none (mixed) but hold
+// some of it, so that a group spread over mixed folders still says where it is.
+std::vector<std::vector<Place>> placesByGroup(const ScanTree& tree, NodeID place, const ModeView& view, std::vector<Largest> largest)
 {
-    std::sort(largest.heap.begin(), largest.heap.end(), [&](const auto& a, const auto& b) {
-        return a.first != b.first ? a.first > b.first : a.second < b.second;
-    });
-    std::vector<Place> places;
-    for (auto [bytes, node] : largest.heap)
-        places.push_back(Place { tree.path(NodeID { node }), bytes });
+    const std::size_t groupCount = largest.size();
+    std::vector<std::vector<std::pair<std::int64_t, std::int32_t>>> candidates(groupCount);
+    for (std::size_t group = 0; group < groupCount; ++group) {
+        for (auto [size, node] : largest[group].heap)
+            candidates[group].emplace_back(view.totals(NodeID { node })[group], node);
+    }
+    for (NodeID child : tree.children(place)) {
+        if (tree.allocatedSize(child) <= 0 || view.group(child) >= 0)
+            continue;
+        std::vector<std::int64_t> row = view.totals(child);
+        for (std::size_t group = 0; group < std::min(groupCount, row.size()); ++group) {
+            if (row[group] > 0)
+                candidates[group].emplace_back(row[group], child.value);
+        }
+    }
+    std::vector<std::vector<Place>> places(groupCount);
+    for (std::size_t group = 0; group < groupCount; ++group) {
+        auto& list = candidates[group];
+        std::sort(list.begin(), list.end(), [](const auto& a, const auto& b) { return a.first != b.first ? a.first > b.first : a.second < b.second; });
+        for (std::size_t i = 0; i < std::min<std::size_t>(list.size(), maximumPlaces); ++i)
+            places[group].push_back(Place { tree.path(NodeID { list[i].second }), list[i].first });
+    }
     return places;
 }
 
@@ -205,7 +224,7 @@ std::optional<std::vector<Group>> groups(const std::shared_ptr<const ScanTree>& 
     if (!view)
         return std::nullopt;
     std::vector<std::int64_t> totals = view->totals(place);
-    std::vector<Largest> largest = largestPlaces(*tree, place, *view, totals.size());
+    std::vector<std::vector<Place>> places = placesByGroup(*tree, place, *view, largestPlaces(*tree, place, *view, totals.size()));
     std::vector<std::size_t> order(totals.size());
     std::iota(order.begin(), order.end(), 0);
     std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return totals[a] > totals[b]; });
@@ -213,7 +232,7 @@ std::optional<std::vector<Group>> groups(const std::shared_ptr<const ScanTree>& 
     for (std::size_t bucket : order) {
         if (totals[bucket] <= 0)
             continue;
-        Group group { view->keys[bucket], view->labels[bucket], totals[bucket], sortedPlaces(*tree, std::move(largest[bucket])), {} };
+        Group group { view->keys[bucket], view->labels[bucket], totals[bucket], std::move(places[bucket]), {} };
         if (mode == ColorMode::owner && maps.owners && view->keys[bucket] == "system:other-apps") {
             for (const OwnerMap::Owner& app : maps.owners->folded()) {
                 if (group.apps.size() == maximumPlaces)

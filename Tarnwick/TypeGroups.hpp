@@ -20,16 +20,17 @@ inline constexpr int maximumPlaces = 10;
 
 struct Place {
     std::string path;
-    std::int64_t bytes = 0;
+    std::int64_t bytes = 0; // of the group
 };
 
 struct Group {
     std::string key;   // stable, for agents: "developer", "past_7_days", an owner's id
     std::string label; // as the legend shows it
     std::int64_t bytes = 0;
-    // The largest items of the group below the place: those the group holds at least half
-    // of, whose parent (inside the place) is not of the group. Largest first, at most
-    // maximumPlaces.
+    // Where the group's bytes are below the place, most first, at most maximumPlaces: the
+    // items the group holds at least half of whose parent (inside the place) is not of the
+    // group, as the map colours them, and the mixed items directly inside the place that
+    // hold some of it.
     std::vector<Place> places;
     // For other apps: the apps folded into it, largest first.
     std::vector<Place> apps;
