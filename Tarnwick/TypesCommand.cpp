@@ -6,9 +6,9 @@
 #include "Agent/OutputLimit.hpp"
 #include "Agent/PageFitting.hpp"
 #include "AgentPlaces.hpp"
+#include "Classification/TypeGroups.hpp"
 #include "History/SnapshotTree.hpp"
 #include "SnapshotPlaces.hpp"
-#include "TypeGroups.hpp"
 
 #include <cstdio>
 

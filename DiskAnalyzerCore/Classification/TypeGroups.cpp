@@ -1,4 +1,4 @@
-#include "TypeGroups.hpp"
+#include "Classification/TypeGroups.hpp"
 
 #include "Classification/ModeBucketMaps.hpp"
 #include "Classification/OwnerIndex.hpp"
@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <unordered_set>
 
 namespace tarnwick::TypeGroups {
 
@@ -185,17 +186,25 @@ std::vector<std::vector<Place>> placesByGroup(const ScanTree& tree, NodeID place
 {
     const std::size_t groupCount = largest.size();
     std::vector<std::vector<std::pair<std::int64_t, std::int32_t>>> candidates(groupCount);
-    for (std::size_t group = 0; group < groupCount; ++group) {
-        for (auto [size, node] : largest[group].heap)
-            candidates[group].emplace_back(view.totals(NodeID { node })[group], node);
-    }
+    // A mixed item directly inside stands for all of the group within it.
+    std::vector<std::unordered_set<std::int32_t>> mixedChildren(groupCount);
     for (NodeID child : tree.children(place)) {
         if (tree.allocatedSize(child) <= 0 || view.group(child) >= 0)
             continue;
         std::vector<std::int64_t> row = view.totals(child);
         for (std::size_t group = 0; group < std::min(groupCount, row.size()); ++group) {
-            if (row[group] > 0)
-                candidates[group].emplace_back(row[group], child.value);
+            if (row[group] <= 0)
+                continue;
+            candidates[group].emplace_back(row[group], child.value);
+            mixedChildren[group].insert(child.value);
+        }
+    }
+    for (std::size_t group = 0; group < groupCount; ++group) {
+        for (auto [size, node] : largest[group].heap) {
+            std::optional<NodeID> child = tree.topmostAncestor(NodeID { node }, place);
+            if (child && mixedChildren[group].contains(child->value))
+                continue;
+            candidates[group].emplace_back(view.totals(NodeID { node })[group], node);
         }
     }
     std::vector<std::vector<Place>> places(groupCount);
