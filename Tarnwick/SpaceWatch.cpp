@@ -5,12 +5,28 @@
 #include "Alerts/SpaceAlertStore.hpp"
 #include "Platform/SystemLog.hpp"
 #include "Platform/UserDefaults.hpp"
+#include "SnapshotPlaces.hpp"
 #include "Support/UnicodeNames.hpp"
 
-#include <algorithm>
 #include <map>
 
 namespace tarnwick {
+
+namespace {
+
+// Whether one of the saved sources holds the place, as typed or with its links resolved.
+bool isHeld(const std::string& place, const std::vector<HistorySource>& saved)
+{
+    for (const std::string& form : SnapshotPlaces::pathForms(place)) {
+        for (const HistorySource& source : saved) {
+            if (UnicodeNames::hasPathPrefix(form, source.path))
+                return true;
+        }
+    }
+    return false;
+}
+
+}
 
 SpaceWatch::SpaceWatch(HistoryStore* store, Options options)
     : m_store(store)
@@ -75,10 +91,7 @@ void SpaceWatch::check(const Checks& checks)
     std::map<std::string, AlertReading> readings;
     std::map<std::string, const SpaceAlert*> byID;
     for (const SpaceAlert& alert : all) {
-        bool wanted = alert.condition.watchesDisk() ? checks.disks
-                                                    : checks.allFolders || std::ranges::any_of(checks.saved, [&](const HistorySource& source) {
-                                                          return UnicodeNames::hasPathPrefix(alert.path, source.path);
-                                                      });
+        bool wanted = alert.condition.watchesDisk() ? checks.disks : checks.allFolders || isHeld(alert.path, checks.saved);
         if (!wanted)
             continue;
         readings.emplace(alert.id, AlertReadings::read(alert, m_store, now));
