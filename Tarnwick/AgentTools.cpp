@@ -18,9 +18,10 @@ constexpr auto pollInterval = std::chrono::milliseconds(100);
 
 }
 
-AgentTools::AgentTools(AppModel& model, MainExecutor& executor)
+AgentTools::AgentTools(AppModel& model, MainExecutor& executor, HistoryStore* store)
     : m_model(model)
     , m_executor(executor)
+    , m_store(store)
 {
 }
 
@@ -28,6 +29,10 @@ AgentResult AgentTools::handle(const AgentCommands::Request& request)
 {
     if (request.command == "wait")
         return waitForScan(request);
+    if (SnapshotAnswers::handles(request.command)) {
+        SnapshotAnswers::Context context = m_executor.runAndWait<SnapshotAnswers::Context>([&] { return snapshotContext(); });
+        return SnapshotAnswers::answer(request, context);
+    }
     return m_executor.runAndWait<AgentResult>([&] { return onMain(request); });
 }
 
@@ -46,9 +51,19 @@ AgentResult AgentTools::onMain(const AgentCommands::Request& request)
         return AppCommands::summary(m_model, request);
     if (command == "find")
         return AppCommands::find(m_model, request);
-    if (SnapshotAnswers::handles(command))
-        return SnapshotAnswers::answer(request);
     return AgentResult::failure(AgentErrorCode::unknownCommand, "Tarnwick has no command " + command + ".");
+}
+
+SnapshotAnswers::Context AgentTools::snapshotContext() const
+{
+    SnapshotAnswers::Context context;
+    context.store = m_store;
+    if (const auto& result = m_model.result()) {
+        context.tree = result->tree;
+        context.content = result->content;
+        context.openFolder = result->tree->path(m_model.openFolder());
+    }
+    return context;
 }
 
 AgentResult AgentTools::waitForScan(const AgentCommands::Request& request)

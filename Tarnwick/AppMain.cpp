@@ -10,6 +10,7 @@
 #include "Platform/SystemLog.hpp"
 #include "Platform/UserFolders.hpp"
 #include "DesktopHost.hpp"
+#include "SpaceWatch.hpp"
 
 #include <csignal>
 #include <pthread.h>
@@ -61,12 +62,14 @@ int run(const std::vector<std::string>& words)
         auto store = HistoryStore::open(UserFolders::dataFolder() + "/" + std::string(HistoryStore::historyFolderName));
         if (!store)
             SystemLog::write(SystemLog::Level::error, "history", "couldn't open the history: " + store.error().message());
+        HistoryStore* history = store ? store->get() : nullptr;
+        SpaceWatch watch(history, {});
         std::unique_ptr<HistoryRecorder> recorder;
         if (store) {
-            recorder = std::make_unique<HistoryRecorder>(**store, nullptr);
+            recorder = std::make_unique<HistoryRecorder>(**store, [&watch](const HistorySource& source) { watch.snapshotSaved(source); });
             model.addResultObserver([&recorder](const AppModel::Result& result) { recorder->record(result); });
         }
-        AgentTools tools(model, executor);
+        AgentTools tools(model, executor, history);
         auto listener = AgentListener::startForApp([&tools](const AgentCommands::Request& request) { return tools.handle(request); }, {});
         if (!listener && !desktop) {
             // Without a window and without the socket nobody could reach this app.

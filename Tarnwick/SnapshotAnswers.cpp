@@ -1,30 +1,45 @@
 #include "SnapshotAnswers.hpp"
 
 #include "Agent/AgentErrorCode.hpp"
+#include "SnapshotCommands.hpp"
 
 #include <array>
+#include <utility>
 
 namespace tarnwick::SnapshotAnswers {
 
 namespace {
 
-constexpr std::array<std::string_view, 7> commands { "disks", "changes", "history", "types", "alerts", "add-alert", "remove-alert" };
+using Handler = AgentResult (*)(const AgentCommands::Request&, const Context&);
+
+constexpr std::array<std::pair<std::string_view, Handler>, 7> handlers { {
+    { "disks", SnapshotCommands::disks },
+    { "changes", SnapshotCommands::changes },
+    { "history", SnapshotCommands::history },
+    { "types", SnapshotCommands::types },
+    { "alerts", SnapshotCommands::alerts },
+    { "add-alert", SnapshotCommands::addAlert },
+    { "remove-alert", SnapshotCommands::removeAlert },
+} };
 
 }
 
 bool handles(std::string_view command)
 {
-    for (std::string_view name : commands) {
+    for (const auto& [name, handler] : handlers) {
         if (name == command)
             return true;
     }
     return false;
 }
 
-AgentResult answer(const AgentCommands::Request& request)
+AgentResult answer(const AgentCommands::Request& request, const Context& context)
 {
-    // The history and alert stores are not part of this build yet.
-    return AgentResult::failure(AgentErrorCode::generic, request.command + " isn't available in this version of Tarnwick yet.");
+    for (const auto& [name, handler] : handlers) {
+        if (name == request.command)
+            return handler(request, context);
+    }
+    return AgentResult::failure(AgentErrorCode::unknownCommand, "Tarnwick has no command " + request.command + ".");
 }
 
 }

@@ -3,13 +3,36 @@
 #include "Agent/AgentRequest.hpp"
 #include "Agent/AgentResult.hpp"
 
+#include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
 
-namespace tarnwick::SnapshotAnswers {
+namespace tarnwick {
+
+class ContentMap;
+class HistoryStore;
+class OwnerMap;
+class ScanTree;
+
+namespace SnapshotAnswers {
+
+// What the app shows, for the commands that default to it or prefer it to a snapshot. The
+// tool, without the app, answers with an empty context. Everything in it is immutable and
+// shared, so an answer is computed off the main executor.
+struct Context {
+    std::shared_ptr<const ScanTree> tree;        // the result on screen
+    std::shared_ptr<const ContentMap> content;   // its content map, when made
+    std::shared_ptr<const OwnerMap> owners;      // its owners, when the window made them
+    std::optional<std::string> openFolder;       // absolute path of the folder open in the window
+    HistoryStore* store = nullptr;               // the app's history; the tool opens its own
+};
 
 // The commands answered from the saved snapshots and settings, the same in the app and,
 // while it isn't running, in the tool.
 bool handles(std::string_view command);
-AgentResult answer(const AgentCommands::Request& request);
+AgentResult answer(const AgentCommands::Request& request, const Context& context = {});
+
+}
 
 }

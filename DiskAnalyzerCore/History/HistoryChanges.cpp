@@ -23,7 +23,7 @@ bool largerChangeFirst(const PlaceChange& a, const PlaceChange& b)
     return ma != mb ? ma > mb : a.path < b.path;
 }
 
-void listInside(Changes& result, const PlaceComparison& comparison)
+void listInside(Changes& result, const PlaceComparison& comparison, std::size_t insideCount)
 {
     const auto& pairs = comparison.pairs();
     std::int64_t keptBefore = 0, keptAfter = 0;
@@ -40,7 +40,7 @@ void listInside(Changes& result, const PlaceComparison& comparison)
     inside.reserve(changed.size());
     for (std::size_t p : changed)
         inside.push_back(comparison.change(p));
-    const std::size_t kept = std::min(inside.size(), insideLimit);
+    const std::size_t kept = std::min(inside.size(), insideCount);
     std::partial_sort(inside.begin(), inside.begin() + static_cast<std::ptrdiff_t>(kept), inside.end(), largerChangeFirst);
     result.moreInside = static_cast<std::int64_t>(inside.size() - kept);
     inside.resize(kept);
@@ -120,7 +120,8 @@ std::string_view message(ChangesError error)
 
 }
 
-std::expected<Changes, ChangesError> changes(std::shared_ptr<const Snapshot> from, std::shared_ptr<const Snapshot> to, std::string_view place)
+std::expected<Changes, ChangesError> changes(
+    std::shared_ptr<const Snapshot> from, std::shared_ptr<const Snapshot> to, std::string_view place, std::size_t insideCount)
 {
     assert(from && to && "comparing a missing snapshot");
     if (!from || !to || !from->isConsistent() || !to->isConsistent())
@@ -140,7 +141,7 @@ std::expected<Changes, ChangesError> changes(std::shared_ptr<const Snapshot> fro
     result.sizeAfter = comparison->after(0);
     result.change = result.sizeAfter - result.sizeBefore;
     result.isUncertain = comparison->isUncertain(0);
-    listInside(result, *comparison);
+    listInside(result, *comparison, insideCount);
     findGrewMost(result, *comparison);
     if (sizes == SizeBasis::precise)
         sumByType(result, *comparison);

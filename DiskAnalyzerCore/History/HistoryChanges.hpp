@@ -112,9 +112,10 @@ std::string_view message(ChangesError error);
 }
 
 // Compares a place (absolute, or relative to the snapshots' place; empty for the whole of
-// it) from an earlier snapshot to a later one of the same source.
+// it) from an earlier snapshot to a later one of the same source. inside lists at most
+// insideCount places.
 std::expected<Changes, ChangesError> changes(std::shared_ptr<const Snapshot> from, std::shared_ptr<const Snapshot> to,
-    std::string_view place = {});
+    std::string_view place = {}, std::size_t insideCount = insideLimit);
 
 // A place's size at each snapshot (oldest first), made comparable with the latest: where a
 // snapshot and the latest one did not both read a folder in full, that folder counts with

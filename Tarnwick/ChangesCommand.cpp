@@ -1,0 +1,250 @@
+#include "SnapshotCommands.hpp"
+
+#include "Agent/AgentErrorCode.hpp"
+#include "Agent/AgentFormat.hpp"
+#include "Agent/ByteFormat.hpp"
+#include "AgentPlaces.hpp"
+#include "Classification/ContentCategory.hpp"
+#include "History/HistoryChanges.hpp"
+#include "Platform/MountTable.hpp"
+#include "SnapshotPlaces.hpp"
+#include "Support/UnicodeNames.hpp"
+
+#include <algorithm>
+
+namespace tarnwick::SnapshotCommands {
+
+namespace {
+
+using namespace HistoryQueries;
+
+constexpr long long defaultLimit = 15;
+constexpr std::size_t listedElsewhere = 10; // grew most and read by one scan, at most
+
+struct Compared {
+    HistoryPlaces::Located located;
+    Changes changes;
+    HistoryPeriod period;
+};
+
+std::expected<Compared, AgentResult> compare(HistoryStore& store, const std::string& path, HistoryPeriod period, std::size_t limit)
+{
+    auto located = SnapshotPlaces::locate(&store, path);
+    if (!located)
+        return std::unexpected(located.error());
+    // Without day snapshots (the history was thinned to nothing) the latest stands alone.
+    std::shared_ptr<const Snapshot> from = located->current;
+    if (auto start = period.startEntry(located->record.entries, store.now(), store.calendar())) {
+        if (auto loaded = HistoryPlaces::load(store, located->record.source, start->id))
+            from = std::move(loaded);
+    }
+    auto compared = HistoryQueries::changes(from, located->current, located->place, limit);
+    if (!compared)
+        return std::unexpected(AgentResult::failure(AgentErrorCode::noHistory, ChangeTexts::message(compared.error())));
+    return Compared { std::move(*located), std::move(*compared), period };
+}
+
+std::string_view presenceWord(Presence presence)
+{
+    switch (presence) {
+    case Presence::both:
+        return "both";
+    case Presence::earlierOnly:
+        return "earlier_only";
+    case Presence::laterOnly:
+        return "later_only";
+    }
+    return "both";
+}
+
+std::string below(const std::string& place, const std::string& path)
+{
+    return std::string(UnicodeNames::dropPathPrefix(path, place));
+}
+
+std::vector<TypeChange> changedTypes(const Changes& changes)
+{
+    std::vector<TypeChange> types;
+    for (const TypeChange& type : changes.byType) {
+        if (type.change() != 0)
+            types.push_back(type);
+    }
+    std::stable_sort(types.begin(), types.end(), [](const TypeChange& a, const TypeChange& b) {
+        return std::abs(static_cast<double>(a.change())) > std::abs(static_cast<double>(b.change()));
+    });
+    return types;
+}
+
+JSONValue::Object changeJSON(const PlaceChange& change)
+{
+    return JSONValue::Object { { "path", change.path }, { "size_before_bytes", change.before }, { "size_after_bytes", change.after },
+        { "change_bytes", change.change() }, { "uncertain", change.isUncertain }, { "presence", std::string(presenceWord(change.presence)) } };
+}
+
+JSONValue::Object placeJSON(const Compared& compared, std::size_t shown)
+{
+    const Changes& changes = compared.changes;
+    JSONValue::Array inside, grew, types, oneScan;
+    for (std::size_t i = 0; i < std::min(shown, changes.inside.size()); ++i) {
+        JSONValue::Object entry = changeJSON(changes.inside[i]);
+        entry["name"] = below(changes.place, changes.inside[i].path);
+        inside.push_back(std::move(entry));
+    }
+    for (std::size_t i = 0; i < std::min({ shown, listedElsewhere, changes.grewMost.size() }); ++i)
+        grew.push_back(changeJSON(changes.grewMost[i]));
+    for (const TypeChange& type : changedTypes(changes)) {
+        types.push_back(JSONValue::Object { { "type", std::string(ContentCategories::agentKey(type.category)) },
+            { "size_before_bytes", type.before }, { "size_after_bytes", type.after }, { "change_bytes", type.change() } });
+    }
+    std::size_t oneScanShown = std::min({ shown, listedElsewhere, changes.readByOneScan.size() });
+    for (std::size_t i = 0; i < oneScanShown; ++i) {
+        const OneScanPlace& place = changes.readByOneScan[i];
+        oneScan.push_back(JSONValue::Object { { "path", place.path },
+            { "read_by", place.readBy == ReadBy::earlierScan ? "earlier_scan" : "later_scan" } });
+    }
+    std::int64_t more = changes.moreInside + static_cast<std::int64_t>(changes.inside.size() - inside.size());
+    return JSONValue::Object {
+        { "path", changes.place },
+        { "history_of", compared.located.record.source.path },
+        { "period", SnapshotPlaces::periodName(compared.period) },
+        { "from", AgentFormat::isoDate(changes.from->date) },
+        { "to", AgentFormat::isoDate(changes.to->date) },
+        { "one_snapshot_only", changes.from->date == changes.to->date },
+        { "size_before_bytes", changes.sizeBefore },
+        { "size_after_bytes", changes.sizeAfter },
+        { "change_bytes", changes.change },
+        { "uncertain", changes.isUncertain },
+        { "sizes", changes.sizes == SizeBasis::precise ? "precise" : "rounded_to_10_mb" },
+        { "inside", inside },
+        { "more_inside", more },
+        { "other_items_bytes", changes.rest.change() },
+        { "other_items_before_bytes", changes.rest.before },
+        { "other_items_after_bytes", changes.rest.after },
+        { "grew_most", grew },
+        { "by_type", changes.from->hasColors && changes.to->hasColors ? JSONValue(types) : JSONValue() },
+        { "read_by_one_scan", oneScan },
+        { "read_by_one_scan_more", static_cast<std::int64_t>(changes.readByOneScan.size() - oneScanShown) },
+    };
+}
+
+std::string insideLine(const Changes& changes, const PlaceChange& change)
+{
+    std::string line = "  " + SnapshotPlaces::signedSize(change.change(), change.isUncertain) + "  " + below(changes.place, change.path) + "  "
+        + ByteFormat::format(change.before) + " → " + ByteFormat::format(change.after);
+    if (change.presence == Presence::laterOnly)
+        line += " (not in the earlier snapshot)";
+    else if (change.presence == Presence::earlierOnly)
+        line += " (not in the later snapshot)";
+    return line;
+}
+
+std::string placeText(const Compared& compared, std::size_t shown)
+{
+    const Changes& changes = compared.changes;
+    std::string text = changes.place + ": " + SnapshotPlaces::signedSize(changes.change, changes.isUncertain) + " since "
+        + SnapshotPlaces::localTime(changes.from->date) + " (" + SnapshotPlaces::periodName(compared.period) + "), from "
+        + ByteFormat::format(changes.sizeBefore) + " to " + ByteFormat::format(changes.sizeAfter) + " at "
+        + SnapshotPlaces::localTime(changes.to->date) + ".";
+    if (changes.from->date == changes.to->date)
+        text += "\nTarnwick has one snapshot of this place so far; a change needs another one from a later day.";
+    std::size_t listed = std::min(shown, changes.inside.size());
+    if (listed > 0)
+        text += "\nChanged inside, largest change first:";
+    for (std::size_t i = 0; i < listed; ++i)
+        text += "\n" + insideLine(changes, changes.inside[i]);
+    std::int64_t more = changes.moreInside + static_cast<std::int64_t>(changes.inside.size() - listed);
+    if (more > 0)
+        text += "\n  " + std::to_string(more) + " more changed " + (more == 1 ? "place" : "places") + " inside.";
+    if (changes.rest.change() != 0)
+        text += "\nOther items: " + SnapshotPlaces::signedSize(changes.rest.change(), changes.rest.isUncertain) + " ("
+            + std::string(ChangeTexts::restExplanation) + ").";
+    std::size_t grew = std::min({ shown, listedElsewhere, changes.grewMost.size() });
+    if (grew > 0)
+        text += "\nWhere the space went, deep down:";
+    for (std::size_t i = 0; i < grew; ++i)
+        text += "\n  " + SnapshotPlaces::signedSize(changes.grewMost[i].change(), changes.grewMost[i].isUncertain) + "  " + changes.grewMost[i].path;
+    std::string types;
+    for (const TypeChange& type : changedTypes(changes))
+        types += (types.empty() ? "" : ", ") + std::string(ContentCategories::displayLabel(type.category)) + " " + SnapshotPlaces::signedSize(type.change());
+    if (!types.empty())
+        text += "\nBy type: " + types + ".";
+    std::size_t oneScan = std::min({ shown, listedElsewhere, changes.readByOneScan.size() });
+    if (!changes.readByOneScan.empty())
+        text += "\n" + std::string(ChangeTexts::uncertainMark) + ": " + std::string(ChangeTexts::uncertainExplanation);
+    for (std::size_t i = 0; i < oneScan; ++i) {
+        const OneScanPlace& place = changes.readByOneScan[i];
+        text += "\n  " + place.path + " (read in full by the " + (place.readBy == ReadBy::earlierScan ? "earlier" : "later") + " scan only)";
+    }
+    return text;
+}
+
+AgentResult answerFor(const std::vector<Compared>& places, std::size_t shown, bool everyDisk, bool shrunk)
+{
+    std::string text;
+    JSONValue::Array disks;
+    for (const Compared& compared : places) {
+        text += (text.empty() ? "" : "\n\n") + placeText(compared, shown);
+        disks.push_back(placeJSON(compared, shown));
+    }
+    if (shrunk)
+        text += "\nListed " + std::to_string(shown) + " changed places each to fit 8 KB; ask about a folder for more.";
+    JSONValue::Object json;
+    if (everyDisk) {
+        json = JSONValue::Object { { "disks", disks } };
+        json["period"] = places.empty() ? JSONValue() : JSONValue(SnapshotPlaces::periodName(places.front().period));
+    } else {
+        json = *disks.front().objectValue();
+    }
+    json["shrunk_to_fit"] = shrunk;
+    return AgentResult::success(text, JSONValue(json));
+}
+
+}
+
+AgentResult changes(const Request& request, const Context& context)
+{
+    HistoryPeriod period = SnapshotPlaces::period(request.arguments);
+    auto limit = static_cast<std::size_t>(AgentPlaces::integer(request.arguments, "limit", defaultLimit));
+    std::vector<std::string> paths;
+    bool everyDisk = false;
+    if (auto argument = AgentPlaces::argument(request.arguments, "path")) {
+        auto path = AgentPlaces::expand(*argument);
+        if (!path)
+            return path.error();
+        paths.push_back(*path);
+    } else if (context.openFolder) {
+        paths.push_back(*context.openFolder);
+    } else {
+        everyDisk = true;
+        for (const DiskMount& disk : MountTable::disks())
+            paths.push_back(disk.mount.mountPoint);
+    }
+
+    std::unique_ptr<HistoryStore> owned;
+    HistoryStore* store = SnapshotPlaces::history(context, owned);
+    if (!store)
+        return SnapshotPlaces::noHistory();
+    std::vector<Compared> places;
+    for (const std::string& path : paths) {
+        auto compared = compare(*store, path, period, limit);
+        if (compared)
+            places.push_back(std::move(*compared));
+        else if (!everyDisk)
+            return compared.error();
+    }
+    if (places.empty())
+        return SnapshotPlaces::noHistory();
+
+    std::size_t available = 0;
+    for (const Compared& compared : places)
+        available = std::max({ available, compared.changes.inside.size(), compared.changes.grewMost.size(), compared.changes.readByOneScan.size() });
+    int count = static_cast<int>(std::min(available, std::max(limit, listedElsewhere)));
+    auto fitting = AgentFormat::largestFitting(count, [&](int shown) {
+        return answerFor(places, static_cast<std::size_t>(shown), everyDisk, shown < count);
+    });
+    if (!fitting)
+        return AgentResult::failure(AgentErrorCode::outputTooLarge, "These changes cannot fit within the 8 KB output limit; ask about one folder.");
+    return *fitting;
+}
+
+}

@@ -1,0 +1,86 @@
+#include "History/SnapshotTree.hpp"
+
+#include "Classification/ContentMap.hpp"
+#include "Classification/ModeBucketMaps.hpp"
+#include "History/SnapshotFixture.hpp"
+
+#include <gtest/gtest.h>
+
+using namespace tarnwick;
+using namespace tarnwick::testing;
+
+namespace {
+
+using Item = TreeFixture::Item;
+
+// Folders kept and not kept, files of several types and dates, a hidden folder and a folder
+// that could not be read in full.
+std::shared_ptr<const ScanTree> sampleTree()
+{
+    TreeFixture tree;
+    tree.add(Item { "Projects/app.mp4", 25'000'123, NodeKind::file, 24'000'000, daysAgo(3), daysAgo(400) });
+    tree.add(Item { "Projects/notes.txt", 3'000'000, NodeKind::file, std::nullopt, daysAgo(40), daysAgo(40) });
+    tree.add(Item { "Projects/Build/out.zip", 12'345'678, NodeKind::file, std::nullopt, daysAgo(0), daysAgo(0) });
+    tree.add(Item { "Projects/small/big.bin", 9'999'999, NodeKind::file, std::nullopt, daysAgo(800), daysAgo(800) });
+    tree.add(Item { ".cache/blob", 15'000'000, NodeKind::file, std::nullopt, daysAgo(10), daysAgo(10) });
+    NodeID locked = tree.add("Locked/");
+    tree.add(Item { "Locked/seen.mov", 11'000'000, NodeKind::file, std::nullopt, daysAgo(1), daysAgo(1) });
+    tree.builder().markContentsUnready(locked);
+    tree.add(Item { "movie.mkv", 50'000'000, NodeKind::file, std::nullopt, daysAgo(100), daysAgo(100) });
+    return tree.finish(TreeBuilder::Metadata::included, "/home/ann");
+}
+
+}
+
+TEST(SnapshotTree, NodesKeepTheSnapshotsPathsSizesAndReadingState)
+{
+    Snapshot snapshot = reduceWithColors(sampleTree());
+    auto tree = SnapshotTree::make(snapshot);
+    ASSERT_EQ(tree->count(), snapshot.nodeCount());
+    EXPECT_EQ(tree->rootPath(), "/home/ann");
+    for (std::int32_t i = 0; i < snapshot.nodeCount(); ++i) {
+        NodeID node { i };
+        EXPECT_EQ(tree->path(node), snapshot.path(i));
+        EXPECT_EQ(tree->allocatedSize(node), snapshot.size(i)) << snapshot.path(i);
+        EXPECT_EQ(tree->logicalSize(node), snapshot.logical[static_cast<std::size_t>(i)]) << snapshot.path(i);
+        EXPECT_EQ(tree->isIncomplete(node), snapshot.flags[static_cast<std::size_t>(i)].contains(NodeFlag::incomplete)) << snapshot.path(i);
+    }
+    EXPECT_TRUE(tree->isIncomplete(*tree->node("/home/ann/Locked")));
+    EXPECT_TRUE(tree->isHiddenFromFinder(*tree->node("/home/ann/.cache")).value_or(false));
+}
+
+TEST(SnapshotTree, ColorTotalsOfKeptFoldersAreThoseOfTheScan)
+{
+    auto scan = sampleTree();
+    Snapshot snapshot = reduceWithColors(scan);
+    auto tree = SnapshotTree::make(snapshot, FixedTimeZone(fixtureZoneOffset));
+    auto boundaries = DateGroup::Boundaries::make(fixtureNow(), FixedTimeZone(fixtureZoneOffset));
+
+    auto scanContent = ContentMap::build(scan);
+    auto treeContent = ContentMap::build(tree);
+    auto scanModified = ModeBucketMaps::dates(scan, ModeBucketMaps::DateKind::modified, boundaries);
+    auto treeModified = ModeBucketMaps::dates(tree, ModeBucketMaps::DateKind::modified, boundaries);
+    auto scanCreated = ModeBucketMaps::dates(scan, ModeBucketMaps::DateKind::created, boundaries);
+    auto treeCreated = ModeBucketMaps::dates(tree, ModeBucketMaps::DateKind::created, boundaries);
+    auto scanHidden = ModeBucketMaps::hidden(scan);
+    auto treeHidden = ModeBucketMaps::hidden(tree);
+    for (std::string path : { "/home/ann", "/home/ann/Projects", "/home/ann/Projects/Build", "/home/ann/.cache" }) {
+        NodeID inScan = *scan->node(path);
+        NodeID inTree = *tree->node(path);
+        EXPECT_EQ(treeContent->buckets().totals(inTree), scanContent->buckets().totals(inScan)) << path;
+        EXPECT_EQ(treeModified->totals(inTree), scanModified->totals(inScan)) << path;
+        EXPECT_EQ(treeCreated->totals(inTree), scanCreated->totals(inScan)) << path;
+        EXPECT_EQ(treeHidden->totals(inTree), scanHidden->totals(inScan)) << path;
+        EXPECT_EQ(treeContent->category(inTree), scanContent->category(inScan)) << path;
+    }
+    EXPECT_EQ(treeContent->category(*tree->node("/home/ann/Projects/Build")), ContentCategory::archives);
+}
+
+TEST(SnapshotTree, WithoutColorsSizesStayRoundedAndNoRestsAreMade)
+{
+    Snapshot snapshot = reduceWithoutColors(sampleTree());
+    auto tree = SnapshotTree::make(snapshot);
+    NodeID projects = *tree->node("/home/ann/Projects");
+    EXPECT_EQ(tree->allocatedSize(projects), 50'000'000); // 50,345,800 rounded down to 10 MB
+    EXPECT_EQ(tree->rests(), nullptr);
+}

@@ -1,0 +1,116 @@
+#pragma once
+
+#include "Support/TempFolder.hpp"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace tarnwick::fixtures {
+
+struct ProcessRun {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+// Drives the built executable as a user would, in a private home whose data and settings
+// folders are inside a temporary folder, and ends every app it started.
+class CommandLineE2E : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        m_home.makeFolder("home");
+        m_environment = "HOME='" + (m_home / "home") + "' XDG_DATA_HOME='" + (m_home / "data") + "' XDG_CONFIG_HOME='" + (m_home / "config")
+            + "' XDG_RUNTIME_DIR='" + (m_home / "run") + "' DISPLAY= WAYLAND_DISPLAY=";
+    }
+    void TearDown() override { stopApps(); }
+
+    ProcessRun tarnwick(const std::string& arguments)
+    {
+        ProcessRun run;
+        std::string errFile = m_home / "stderr.txt";
+        std::string command = "env " + m_environment + " " + TARNWICK_EXECUTABLE + " " + arguments + " 2>'" + errFile + "'";
+        FILE* pipe = popen(command.c_str(), "r");
+        std::array<char, 4096> buffer;
+        while (std::size_t n = fread(buffer.data(), 1, buffer.size(), pipe))
+            run.out.append(buffer.data(), n);
+        int status = pclose(pipe);
+        run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        std::ifstream err(errFile);
+        run.err.assign(std::istreambuf_iterator<char>(err), {});
+        return run;
+    }
+
+    nlohmann::json json(const std::string& arguments)
+    {
+        ProcessRun run = tarnwick(arguments + " --json");
+        EXPECT_LT(run.out.size(), 8192u);
+        return nlohmann::json::parse(run.out);
+    }
+
+    // The apps of this test are the ones whose environment names this test's home folder.
+    std::vector<pid_t> appProcesses()
+    {
+        std::vector<pid_t> pids;
+        std::string marker = "HOME=" + (m_home / "home") + '\0';
+        for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+            std::string name = entry.path().filename();
+            if (name.find_first_not_of("0123456789") != std::string::npos)
+                continue;
+            std::ifstream environ(entry.path() / "environ");
+            std::string text((std::istreambuf_iterator<char>(environ)), {});
+            std::ifstream cmdline(entry.path() / "cmdline");
+            std::string words((std::istreambuf_iterator<char>(cmdline)), {});
+            if (text.find(marker) != std::string::npos && words.find("--background") != std::string::npos)
+                pids.push_back(std::stoi(name));
+        }
+        return pids;
+    }
+
+    void stopApps()
+    {
+        for (pid_t pid : appProcesses())
+            kill(pid, SIGTERM);
+        for (int i = 0; i < 50 && !appProcesses().empty(); ++i)
+            usleep(100'000);
+        for (pid_t pid : appProcesses())
+            kill(pid, SIGKILL);
+    }
+
+    std::string socketPath() { return m_home / "data/tarnwick/Tarnwick.sock"; }
+
+    TempFolder m_home;
+    std::string m_environment;
+};
+
+struct Totals {
+    std::int64_t allocated = 0;
+    std::int64_t logical = 0;
+};
+
+inline Totals lstatTotals(const std::string& root)
+{
+    Totals totals;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+        struct stat info;
+        lstat(entry.path().c_str(), &info);
+        if (!S_ISDIR(info.st_mode)) {
+            totals.allocated += info.st_blocks * 512;
+            totals.logical += info.st_size;
+        }
+    }
+    return totals;
+}
+
+}

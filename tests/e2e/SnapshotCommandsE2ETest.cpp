@@ -1,0 +1,231 @@
+#include "e2e/CommandLineHarness.hpp"
+
+#include <chrono>
+#include <functional>
+#include <thread>
+
+using tarnwick::fixtures::CommandLineE2E;
+using tarnwick::fixtures::lstatTotals;
+using tarnwick::fixtures::ProcessRun;
+using tarnwick::fixtures::TempFolder;
+
+namespace {
+
+// The commands answered from the history and the settings: once through the running app,
+// then by the tool alone after the app is gone.
+class SnapshotCommandsE2E : public CommandLineE2E {
+protected:
+    // A place with folders that snapshots keep (10 MB and more) and one they don't.
+    void makePlace()
+    {
+        m_place.makeFile("videos/trip.mov", 30'000'000);
+        m_place.makeFile("code/build/main.o", 12'000'000);
+        m_place.makeFile(".cache/blob.bin", 15'000'000);
+        m_place.makeFile("small/notes.txt", 2'000);
+    }
+
+    static bool eventually(const std::function<bool()>& condition)
+    {
+        for (int i = 0; i < 100; ++i) {
+            if (condition())
+                return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+        return false;
+    }
+
+    // Scans the place in the app and waits until its snapshot is saved.
+    void scanIntoHistory()
+    {
+        ASSERT_EQ(tarnwick("scan '" + m_place.path() + "'").status, 0);
+        ASSERT_EQ(tarnwick("wait --timeout 60").status, 0);
+        ASSERT_TRUE(eventually([&] { return tarnwick("history '" + m_place.path() + "'").status == 0; }));
+    }
+
+    std::string quoted(const std::string& relative = "") const
+    {
+        return "'" + (relative.empty() ? m_place.path() : m_place / relative) + "'";
+    }
+
+    std::string settingsText()
+    {
+        std::ifstream file(m_home / "config/tarnwick/defaults.json");
+        return std::string((std::istreambuf_iterator<char>(file)), {});
+    }
+
+    TempFolder m_place;
+};
+
+nlohmann::json groupNamed(const nlohmann::json& types, const std::string& key)
+{
+    for (const auto& group : types["groups"]) {
+        if (group["key"] == key)
+            return group;
+    }
+    return nullptr;
+}
+
+}
+
+TEST_F(SnapshotCommandsE2E, HistoryAnswersFromTheSnapshotsWithoutStartingTheApp)
+{
+    makePlace();
+    scanIntoHistory();
+    nlohmann::json historyInApp = json("history " + quoted());
+    nlohmann::json changesInApp = json("changes " + quoted() + " --period week");
+    nlohmann::json typesInApp = json("types " + quoted());
+    EXPECT_EQ(typesInApp["source"], "scan");
+    stopApps();
+    ASSERT_TRUE(appProcesses().empty());
+
+    const std::int64_t allocated = lstatTotals(m_place.path()).allocated;
+    nlohmann::json history = json("history " + quoted());
+    EXPECT_EQ(history, historyInApp);
+    ASSERT_EQ(history["points"].size(), 1u);
+    EXPECT_EQ(history["points"][0]["size_bytes"], allocated);
+    EXPECT_EQ(history["disk"], nullptr);
+
+    nlohmann::json changes = json("changes " + quoted() + " --period week");
+    EXPECT_EQ(changes, changesInApp);
+    EXPECT_EQ(changes["size_after_bytes"], allocated);
+    EXPECT_EQ(changes["change_bytes"], 0);
+    EXPECT_EQ(changes["one_snapshot_only"], true);
+    EXPECT_EQ(changes["period"], "week");
+
+    nlohmann::json types = json("types " + quoted());
+    EXPECT_EQ(types["source"], "snapshot");
+    EXPECT_EQ(types["size_bytes"], allocated);
+    ASSERT_FALSE(types["groups"].empty());
+    EXPECT_EQ(types["groups"][0]["key"], "video");
+    EXPECT_EQ(types["groups"][0]["places"][0]["path"], m_place / "videos");
+    std::int64_t grouped = 0;
+    for (const auto& group : types["groups"])
+        grouped += group["size_bytes"].get<std::int64_t>();
+    EXPECT_EQ(grouped, allocated);
+    // The same groups as the scan on screen had, give or take the snapshot's rounding.
+    for (const auto& group : typesInApp["groups"]) {
+        nlohmann::json same = groupNamed(types, group["key"]);
+        ASSERT_NE(same, nullptr) << group["key"];
+        EXPECT_NEAR(same["size_bytes"].get<double>(), group["size_bytes"].get<double>(), 200'000);
+    }
+
+    nlohmann::json hidden = json("types " + quoted() + " --by hidden");
+    EXPECT_EQ(groupNamed(hidden, "hidden")["places"][0]["path"], m_place / ".cache");
+    nlohmann::json firstPage = json("types " + quoted() + " --limit 1");
+    ASSERT_EQ(firstPage["groups"].size(), 1u);
+    EXPECT_EQ(firstPage["next_cursor"], 1);
+    nlohmann::json secondPage = json("types " + quoted() + " --limit 1 --cursor 1");
+    EXPECT_EQ(secondPage["groups"][0]["key"], types["groups"][1]["key"]);
+    nlohmann::json ratio = json("types " + quoted() + " --by ratio --folders 2");
+    EXPECT_EQ(ratio["mode"], "ratio");
+    EXPECT_EQ(ratio["lowest"].size(), 2u);
+    EXPECT_EQ(ratio["places_per_extreme"], 2);
+
+    nlohmann::json disks = json("disks");
+    nlohmann::json holding;
+    for (const auto& disk : disks["disks"]) {
+        std::string mount = disk["mount_point"];
+        if (m_place.path().starts_with(mount == "/" ? "/" : mount + "/") && (holding.is_null() || mount.size() > holding["mount_point"].get<std::string>().size()))
+            holding = disk;
+    }
+    if (!holding.is_null()) {
+        EXPECT_GE(holding["snapshot_days"], 1);
+        EXPECT_GT(holding["capacity_bytes"], 0);
+        EXPECT_NE(holding["latest_snapshot"], nullptr);
+    }
+
+    const std::pair<std::string, std::string> failures[] = {
+        { "history " + quoted("small"), "NO_HISTORY: Tarnwick keeps no history here." },
+        { "changes '/no/such/place'", "NO_HISTORY: Tarnwick keeps no history here." },
+        { "types relative/place", "INVALID_PATH: " },
+        { "types", "NOT_SCANNED: " },
+    };
+    for (const auto& [arguments, message] : failures) {
+        ProcessRun run = tarnwick(arguments);
+        EXPECT_EQ(run.status, 1) << arguments;
+        EXPECT_TRUE(run.err.starts_with(message)) << arguments << ": " << run.err;
+    }
+    EXPECT_TRUE(appProcesses().empty());
+}
+
+TEST_F(SnapshotCommandsE2E, AlertsRoundTripWithoutTheApp)
+{
+    nlohmann::json disk = json("add-alert / --fuller-than 99");
+    std::string diskID = disk["alert"]["id"];
+    EXPECT_EQ(diskID.size(), 8u);
+    EXPECT_EQ(disk["alert"]["place_kind"], "disk");
+    EXPECT_EQ(disk["alert"]["fuller_than_percent"], 99);
+    EXPECT_NE(disk["alert"]["state"], "unknown");
+
+    nlohmann::json size = json("add-alert " + quoted() + " --larger-than 1G");
+    nlohmann::json again = json("add-alert " + quoted() + " --larger-than 2G");
+    EXPECT_EQ(again["replaced"], true);
+    EXPECT_EQ(again["alert"]["id"], size["alert"]["id"]);
+    EXPECT_EQ(again["alert"]["larger_than_bytes"], 2'000'000'000);
+    EXPECT_EQ(again["alert"]["state"], "unknown"); // no snapshot keeps the place yet
+    nlohmann::json growth = json("add-alert " + quoted() + " --grows-by 5G --period week");
+    EXPECT_EQ(growth["alert"]["period"], "week");
+
+    nlohmann::json listed = json("alerts");
+    ASSERT_EQ(listed["alerts"].size(), 3u);
+    EXPECT_EQ(listed["daily_snapshot"], false);
+    EXPECT_NE(listed["note"], nullptr);
+
+    nlohmann::json byID = json("remove-alert " + diskID);
+    ASSERT_EQ(byID["removed"].size(), 1u);
+    EXPECT_EQ(byID["removed"][0]["path"], "/");
+    nlohmann::json byPlace = json("remove-alert " + quoted() + "/");
+    EXPECT_EQ(byPlace["removed"].size(), 2u);
+    EXPECT_TRUE(json("alerts")["alerts"].empty());
+
+    const struct {
+        std::string arguments;
+        int status;
+        std::string message;
+    } failures[] = {
+        { "remove-alert " + quoted(), 1, "NOT_FOUND: No alert has that ID or place. Run alerts for the list." },
+        { "remove-alert " + diskID, 1, "NOT_FOUND: No alert has that ID or place. Run alerts for the list." },
+        { "remove-alert relative", 1, "INVALID_PATH: " },
+        { "add-alert " + quoted() + " --fuller-than 50", 1, "INVALID_ARGUMENT: " },
+        { "add-alert / --larger-than 1G", 1, "INVALID_ARGUMENT: A disk takes --fuller-than PERCENT." },
+        { "add-alert relative --larger-than 1G", 1, "INVALID_PATH: " },
+        { "add-alert " + quoted() + " --larger-than 1G --period week", 2, "--period goes with --grows-by." },
+        { "add-alert " + quoted(), 2, "add-alert needs one limit: " },
+    };
+    for (const auto& test : failures) {
+        ProcessRun run = tarnwick(test.arguments);
+        EXPECT_EQ(run.status, test.status) << test.arguments;
+        EXPECT_TRUE(run.err.starts_with(test.message)) << test.arguments << ": " << run.err;
+    }
+    ProcessRun notFound = tarnwick("remove-alert 0badc0de --json");
+    EXPECT_EQ(nlohmann::json::parse(notFound.out)["error"], "NOT_FOUND");
+    EXPECT_TRUE(appProcesses().empty());
+}
+
+TEST_F(SnapshotCommandsE2E, TheAppNotifiesPassedLimitsOnceAndRemembersThem)
+{
+    makePlace();
+    std::string folderID = json("add-alert " + quoted() + " --larger-than 1M")["alert"]["uuid"];
+    std::string quietID = json("add-alert " + quoted() + " --share 99")["alert"]["uuid"];
+    std::string diskID = json("add-alert / --fuller-than 1")["alert"]["uuid"];
+    scanIntoHistory();
+    // The disk is read when the app starts, the folder when its snapshot is saved.
+    EXPECT_TRUE(eventually([&] {
+        std::string settings = settingsText();
+        return settings.find(folderID) != std::string::npos && settings.find(diskID) != std::string::npos;
+    })) << settingsText();
+    nlohmann::json alerts = json("alerts");
+    ASSERT_EQ(alerts["alerts"].size(), 3u);
+    EXPECT_EQ(alerts["alerts"][0]["state"], "exceeded");
+    EXPECT_EQ(alerts["alerts"][0]["value_bytes"], lstatTotals(m_place.path()).allocated);
+    EXPECT_EQ(alerts["alerts"][1]["state"], "below");
+    EXPECT_EQ(alerts["exceeded_count"], 2);
+    EXPECT_EQ(settingsText().find(quietID), settingsText().rfind(quietID)); // listed once: as an alert, never as notified
+
+    // A new limit re-arms the alert: it is no longer among the notified.
+    json("add-alert " + quoted() + " --larger-than 2M");
+    std::string settings = settingsText();
+    std::size_t notified = settings.find("SpaceAlertsNotified");
+    ASSERT_NE(notified, std::string::npos);
+    EXPECT_EQ(settings.find(folderID, notified), std::string::npos);
+}
