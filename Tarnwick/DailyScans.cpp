@@ -106,7 +106,7 @@ DailyScans::~DailyScans()
     {
         std::scoped_lock guard(m_lock);
         m_closing = true;
-        m_observer = nullptr;
+        m_observers.clear();
         timers = std::move(m_retired);
         if (m_scheduler)
             timers.push_back(std::move(m_scheduler));
@@ -302,10 +302,17 @@ DailyScans::Progress DailyScans::progress() const
     return m_progress;
 }
 
-void DailyScans::setObserver(std::function<void()> observer)
+DailyScans::ObserverID DailyScans::addObserver(std::function<void()> observer)
 {
     std::scoped_lock guard(m_lock);
-    m_observer = std::move(observer);
+    m_observers.emplace_back(m_nextObserver, std::move(observer));
+    return m_nextObserver++;
+}
+
+void DailyScans::removeObserver(ObserverID id)
+{
+    std::scoped_lock guard(m_lock);
+    std::erase_if(m_observers, [id](const auto& entry) { return entry.first == id; });
 }
 
 void DailyScans::setProgress(Progress progress)
@@ -319,12 +326,12 @@ void DailyScans::setProgress(Progress progress)
 
 void DailyScans::changed()
 {
-    std::function<void()> observer;
+    std::vector<std::pair<ObserverID, std::function<void()>>> observers;
     {
         std::scoped_lock guard(m_lock);
-        observer = m_observer;
+        observers = m_observers;
     }
-    if (observer)
+    for (const auto& [id, observer] : observers)
         observer();
 }
 

@@ -122,7 +122,9 @@ public:
     [[nodiscard]] std::optional<Pass> lastPass() const;
     [[nodiscard]] Progress progress() const;
     // Called on any thread after the switch, the progress or the last pass changed.
-    void setObserver(std::function<void()> observer);
+    using ObserverID = std::uint64_t;
+    ObserverID addObserver(std::function<void()> observer);
+    void removeObserver(ObserverID id);
 
 private:
     bool hasSnapshotToday(const HistorySource& disk);
@@ -140,7 +142,8 @@ private:
     bool m_closing = false;
     bool m_nowRunning = false;
     Progress m_progress;
-    std::function<void()> m_observer;
+    std::vector<std::pair<ObserverID, std::function<void()>>> m_observers;
+    ObserverID m_nextObserver = 1;
     std::mutex m_passLock; // one pass at a time
     std::unique_ptr<std::thread> m_nowThread;
 };

@@ -135,11 +135,18 @@ void DesktopApp::useQtLoop(MainExecutor& executor)
 std::unique_ptr<MainWindow> DesktopApp::openWindow(AppModel& model)
 {
     auto window = std::make_unique<MainWindow>(model, MainWindow::Environment::standard());
-    if (m_background)
-        window->showMinimized();
-    else
-        window->show();
+    show(*window, Start::window);
     return window;
+}
+
+void DesktopApp::show(MainWindow& window, Start start)
+{
+    if (m_background && start == Start::inTray)
+        return;
+    if (m_background)
+        window.showMinimized();
+    else
+        window.show();
 }
 
 void DesktopApp::applyStyle(QApplication& application)

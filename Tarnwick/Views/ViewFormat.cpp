@@ -26,6 +26,13 @@ QString percent(double share)
     return QString::fromStdString(AgentFormat::percent(share));
 }
 
+QString change(std::int64_t bytes, bool uncertain)
+{
+    std::int64_t magnitude = bytes < 0 ? (bytes == INT64_MIN ? INT64_MAX : -bytes) : bytes;
+    QString sign = bytes < 0 ? QStringLiteral("−") : QStringLiteral("+");
+    return (uncertain ? QStringLiteral("≈") : QString()) + sign + size(magnitude);
+}
+
 QString date(std::optional<Date> value)
 {
     if (!value)

@@ -21,6 +21,8 @@ namespace ViewFormat {
 QString size(std::int64_t bytes, bool lowerBound = false);
 QString size(const ScanTree& tree, NodeID node);
 QString percent(double share);
+// A signed change: "+1.20 GB", "−300 MB", with "≈" in front when it is uncertain.
+QString change(std::int64_t bytes, bool uncertain = false);
 // Local date and time, or the unknown-date word.
 QString date(std::optional<Date> date);
 QString kind(NodeKind kind);

@@ -136,7 +136,7 @@ TEST_F(DailyScansTest, ASnapshotNowTakesEveryDiskWhateverThePower)
     // And on a thread of its own, reporting when it is done.
     scanned.clear();
     std::atomic<int> changes = 0;
-    daily.setObserver([&] { ++changes; });
+    daily.addObserver([&] { ++changes; });
     ASSERT_TRUE(daily.takeSnapshotNow());
     for (int i = 0; i < 2000 && (daily.progress().running || scanned.size() < 2); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
