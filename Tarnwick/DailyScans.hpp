@@ -88,8 +88,8 @@ public:
         ScanRunner scan;
         std::string loginItemPath;
         std::string executable;
-        std::chrono::milliseconds interval = interval;
-        std::chrono::milliseconds tolerance = tolerance;
+        std::chrono::milliseconds interval = DailyScans::interval;
+        std::chrono::milliseconds tolerance = DailyScans::tolerance;
     };
 
     static std::string_view rawValue(Outcome outcome);

@@ -13,6 +13,7 @@
 #include "ViewTexts.hpp"
 
 #include <QComboBox>
+#include <QDir>
 #include <QDoubleSpinBox>
 #include <QFileDialog>
 #include <QHBoxLayout>
@@ -112,6 +113,8 @@ AlertsPage::AlertsPage(std::shared_ptr<UserDefaults> defaults, std::string histo
     m_list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     m_list->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
     m_list->setMinimumHeight(150);
+    m_list->setTextElideMode(Qt::ElideRight);
+    m_list->setUniformRowHeights(true);
     m_busy->setRange(0, 0);
     m_busy->setTextVisible(false);
     m_busy->setFixedHeight(4);
@@ -287,9 +290,9 @@ void AlertsPage::showAlerts()
     }
     for (const SpaceAlert& alert : m_alerts) {
         auto* item = new QTreeWidgetItem(m_list,
-            { QString::fromStdString(ScopeResolver::displayPath(alert.path)), limitText(alert.condition), ViewTexts::measuring });
+            { ViewFormat::homePath(alert.path, QDir::homePath().toStdString()), limitText(alert.condition), ViewTexts::measuring });
         item->setData(0, Qt::UserRole, QString::fromStdString(alert.id));
-        item->setToolTip(0, QString::fromStdString(alert.shortID()));
+        item->setToolTip(0, QString::fromStdString(ScopeResolver::displayPath(alert.path)) + QStringLiteral("\n") + QString::fromStdString(alert.shortID()));
     }
 }
 

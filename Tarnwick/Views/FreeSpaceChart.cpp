@@ -39,11 +39,11 @@ QString text(std::string_view view)
     return QString::fromUtf8(view.data(), static_cast<qsizetype>(view.size()));
 }
 
-QPushButton* segment(const QString& title, QWidget* parent)
+QPushButton* segment(const QString& title, const char* name, QWidget* parent)
 {
     auto* button = new QPushButton(title, parent);
     button->setCheckable(true);
-    button->setObjectName("scaleSegment");
+    button->setObjectName(name);
     button->setCursor(Qt::PointingHandCursor);
     return button;
 }
@@ -53,8 +53,8 @@ QPushButton* segment(const QString& title, QWidget* parent)
 FreeSpaceChart::FreeSpaceChart(QWidget* parent)
     : QWidget(parent)
     , m_view(new QChartView(this))
-    , m_zoomed(segment(ViewTexts::zoomed, this))
-    , m_full(segment(ViewTexts::fullScale, this))
+    , m_zoomed(segment(ViewTexts::zoomed, "scaleZoomed", this))
+    , m_full(segment(ViewTexts::fullScale, "scaleFull", this))
     , m_scaleNote(new QLabel(text(HistoryTexts::zoomedScaleExplanation), this))
     , m_forecast(new QLabel(this))
 {
@@ -89,10 +89,10 @@ FreeSpaceChart::FreeSpaceChart(QWidget* parent)
     column->addWidget(m_view, 1);
     column->addWidget(m_forecast);
     setStyleSheet(R"(
-        QPushButton#scaleSegment { border: 1px solid #D7DCE3; padding: 4px 12px; background: #FFFFFF; color: #374151; border-radius: 0; }
-        QPushButton#scaleSegment:first { border-top-left-radius: 7px; border-bottom-left-radius: 7px; }
-        QPushButton#scaleSegment:last { border-top-right-radius: 7px; border-bottom-right-radius: 7px; border-left: none; }
-        QPushButton#scaleSegment:checked { background: #DCE6F9; color: #111827; border-color: #B9C8E8; }
+        QPushButton#scaleZoomed, QPushButton#scaleFull { border: 1px solid #D7DCE3; padding: 4px 14px; background: #FFFFFF; color: #374151; }
+        QPushButton#scaleZoomed { border-top-right-radius: 0; border-bottom-right-radius: 0; border-top-left-radius: 7px; border-bottom-left-radius: 7px; }
+        QPushButton#scaleFull { border-left: none; border-top-left-radius: 0; border-bottom-left-radius: 0; border-top-right-radius: 7px; border-bottom-right-radius: 7px; }
+        QPushButton#scaleZoomed:checked, QPushButton#scaleFull:checked { background: #DCE6F9; color: #111827; }
     )");
     connect(m_zoomed, &QPushButton::clicked, this, [this] { setScale(VolumeTimeline::Scale::zoomed); });
     connect(m_full, &QPushButton::clicked, this, [this] { setScale(VolumeTimeline::Scale::full); });
@@ -195,8 +195,13 @@ void FreeSpaceChart::rebuild()
     fill.setColorAt(0, top);
     fill.setColorAt(1, bottom);
     area->setBrush(fill);
-    area->setPen(QPen(MapPalette::accent(), 2.2));
+    area->setPen(Qt::NoPen);
     chart->addSeries(area);
+    // The line on its own, so that the area's sides and floor are not outlined.
+    auto* edge = new QLineSeries();
+    edge->append(line->points());
+    edge->setPen(QPen(MapPalette::accent(), 2.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    chart->addSeries(edge);
 
     auto* jumps = new QScatterSeries();
     jumps->setMarkerShape(QScatterSeries::MarkerShapeCircle);

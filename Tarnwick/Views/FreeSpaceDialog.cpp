@@ -85,6 +85,9 @@ void FreeSpaceDialog::load()
         },
         [this](Read read) {
             m_busy->hide();
+            // The latest measurement, so that the words agree with the line.
+            if (read.timeline.latest)
+                m_summary->setText(ViewTexts::freeOf(ViewFormat::size(read.timeline.latest->available), ViewFormat::size(read.timeline.latest->total)));
             m_chart->setTimeline(read.timeline, read.calendar);
             Q_EMIT loaded();
         });

@@ -21,6 +21,7 @@
 #include <QEvent>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <filesystem>
 
 namespace tarnwick {
@@ -79,7 +80,7 @@ MenuBarPage::MenuBarPage(std::shared_ptr<UserDefaults> defaults, std::string his
         item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsUserCheckable);
         item->setCheckState(Qt::Unchecked);
     }
-    m_diskList->setMaximumHeight(110);
+    m_diskList->setFixedHeight(std::clamp(m_diskList->count(), 1, 4) * (fontMetrics().height() + 8) + 8);
     m_picture->setFixedSize(64, 64);
     m_previewLines->setWordWrap(true);
     m_previewLines->setTextFormat(Qt::PlainText);
@@ -109,7 +110,7 @@ MenuBarPage::MenuBarPage(std::shared_ptr<UserDefaults> defaults, std::string his
     auto* previewRow = new QHBoxLayout(previewBox);
     previewRow->addWidget(m_picture, 0, Qt::AlignTop);
     previewRow->addSpacing(8);
-    previewRow->addWidget(m_previewLines, 1);
+    previewRow->addWidget(m_previewLines, 1, Qt::AlignTop);
 
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(18, 16, 18, 16);
@@ -126,7 +127,8 @@ MenuBarPage::MenuBarPage(std::shared_ptr<UserDefaults> defaults, std::string his
     left->addWidget(showsBox);
     auto* right = new QVBoxLayout();
     right->addWidget(layoutBox);
-    right->addWidget(previewBox, 1);
+    right->addWidget(previewBox);
+    right->addStretch(1);
     columns->addLayout(left, 1);
     columns->addLayout(right, 1);
     column->addLayout(columns);

@@ -48,7 +48,9 @@ SettingsDialog::SettingsDialog(std::string defaultsPath, std::string historyFold
         QGroupBox { border: 1px solid #E2E6EC; border-radius: 10px; margin-top: 14px; padding: 10px 8px 8px 8px; background: #FFFFFF; }
         QGroupBox::title { subcontrol-origin: margin; left: 12px; padding: 0 4px; color: #6B7280; font-weight: 600; }
         QTreeWidget#alertList { border: 1px solid #E2E6EC; border-radius: 8px; background: #FFFFFF; alternate-background-color: #F7F8FA; }
-        QLineEdit, QComboBox, QDoubleSpinBox { border: 1px solid #D7DCE3; border-radius: 7px; padding: 4px 8px; background: #FFFFFF; }
+        QTreeWidget#alertList::item { padding: 6px 2px; }
+        QLineEdit, QComboBox { border: 1px solid #D7DCE3; border-radius: 7px; padding: 4px 8px; background: #FFFFFF; min-height: 20px; }
+        QComboBox::drop-down { border: none; width: 20px; }
     )");
 
     connect(m_menuBar, &MenuBarPage::changed, this, &SettingsDialog::menuBarChanged);

@@ -63,6 +63,7 @@ UnreadableSheet::Content UnreadableSheet::make(const ScanTree& tree, NodeID unde
 
 UnreadableSheet::UnreadableSheet(std::shared_ptr<const ScanTree> tree, NodeID under, std::string home, QWidget* parent)
     : QDialog(parent)
+    , m_home(home)
     , m_groups(new QVBoxLayout())
 {
     setWindowTitle(ViewTexts::unreadableTitle);
@@ -123,7 +124,7 @@ void UnreadableSheet::showContent(const Content& content)
             group.count);
     for (const OtherProblem& problem : content.others) {
         QString explanation = IssueTexts::explanation(problem.kind) ? text(*IssueTexts::explanation(problem.kind)) : QString();
-        addGroup(ViewTexts::itemsWithIssue(ViewFormat::count(problem.count), text(IssueTexts::label(problem.kind))), explanation,
+        addGroup(ViewTexts::itemsWithIssue(text(IssueTexts::label(problem.kind)), problem.count, ViewFormat::count(problem.count)), explanation,
             problem.examples, problem.count);
     }
     m_groups->addStretch(1);
@@ -152,7 +153,7 @@ void UnreadableSheet::addGroup(const QString& heading, const QString& explanatio
     }
     QStringList paths;
     for (const std::string& example : examples)
-        paths << QString::fromStdString(ScopeResolver::displayPath(example));
+        paths << ViewFormat::homePath(example, m_home);
     if (count > static_cast<int>(examples.size()))
         paths << ViewTexts::andMore(ViewFormat::count(count - static_cast<int>(examples.size())));
     auto* places = new QLabel(paths.join(QStringLiteral("\n")));

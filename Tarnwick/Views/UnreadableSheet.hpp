@@ -55,6 +55,7 @@ private:
     void showContent(const Content& content);
     void addGroup(const QString& heading, const QString& explanation, const std::vector<std::string>& examples, int count);
 
+    std::string m_home;
     QVBoxLayout* m_groups;
     QStringList m_headings;
     bool m_loading = true;

@@ -100,4 +100,13 @@ QString count(std::int64_t value)
     return QLocale().toString(static_cast<qlonglong>(value));
 }
 
+QString homePath(const std::string& path, const std::string& home)
+{
+    std::string shown = ScopeResolver::displayPath(path);
+    std::string shownHome = home.empty() ? std::string() : ScopeResolver::displayPath(home);
+    if (!shownHome.empty() && shownHome != "/" && (shown == shownHome || (shown.starts_with(shownHome) && shown[shownHome.size()] == '/')))
+        return QStringLiteral("~") + QString::fromStdString(shown.substr(shownHome.size()));
+    return QString::fromStdString(shown);
+}
+
 }

@@ -33,6 +33,8 @@ QString name(const ScanTree& tree, NodeID node);
 // The last part of the root's path ("/" for the file system's root), any other node's name.
 QString shortName(const ScanTree& tree, NodeID node);
 QString count(std::int64_t value);
+// A path as people read it, with "~" for the home folder: "~/Projects/build".
+QString homePath(const std::string& path, const std::string& home);
 
 }
 

@@ -230,9 +230,9 @@ inline QString areaExplanation(int area)
     };
     return area >= 0 && area < 9 ? texts[area] : texts[8];
 }
-inline QString itemsWithIssue(const QString& count, const QString& label)
+inline QString itemsWithIssue(const QString& label, std::int64_t count, const QString& countText)
 {
-    return QStringLiteral("%1 × %2").arg(count, label);
+    return count == 1 ? QStringLiteral("%1 · 1 item").arg(label) : QStringLiteral("%1 · %2 items").arg(label, countText);
 }
 inline QString andMore(const QString& count)
 {
