@@ -186,6 +186,8 @@ int main(int argc, char** argv)
     auto demoStore = HistoryStore::open(environment.historyFolder);
     if (!demoStore)
         return 1;
+    // Each run starts without a history, so that the first pictures show none.
+    (void)(*demoStore)->clear();
     // The daily snapshot as it looks after this morning's pass; its login item goes into the
     // demo's own configuration folder.
     DailyScans daily(DailyScans::Services { defaults, **demoStore, [] { return std::vector<HistorySource> {}; }, [] { return PowerState {}; },
