@@ -4,15 +4,20 @@
 #include "AgentTools.hpp"
 #include "AppCommands.hpp"
 #include "AppModel.hpp"
+#include "DailyScans.hpp"
+#include "DiskSnapshot.hpp"
 #include "History/HistoryStore.hpp"
 #include "HistoryRecorder.hpp"
 #include "MainExecutor.hpp"
+#include "Platform/LoginItem.hpp"
 #include "Platform/SystemLog.hpp"
+#include "Platform/UserDefaults.hpp"
 #include "Platform/UserFolders.hpp"
 #include "DesktopHost.hpp"
 #include "SpaceWatch.hpp"
 
 #include <csignal>
+#include <filesystem>
 #include <pthread.h>
 #include <thread>
 
@@ -69,6 +74,16 @@ int run(const std::vector<std::string>& words)
             recorder = std::make_unique<HistoryRecorder>(**store, [&watch](const HistorySource& source) { watch.snapshotSaved(source); });
             model.addResultObserver([&recorder](const AppModel::Result& result) { recorder->record(result); });
         }
+        // The daily snapshot needs the history; its saves are checked by the alert watch too.
+        UserDefaults defaults(UserDefaults::standardPath());
+        std::unique_ptr<DailyScans> dailyScans;
+        if (store) {
+            std::error_code error;
+            dailyScans = std::make_unique<DailyScans>(DailyScans::Services {
+                defaults, **store, DailyScans::systemDisks, [] { return PowerState::read(); }, DiskSnapshot::runner(**store, [&watch](const HistorySource& source) { watch.snapshotSaved(source); }),
+                LoginItem::standardPath(), std::filesystem::read_symlink("/proc/self/exe", error).string() });
+            dailyScans->startIfEnabled();
+        }
         AgentTools tools(model, executor, history);
         auto listener = AgentListener::startForApp([&tools](const AgentCommands::Request& request) { return tools.handle(request); }, {});
         if (!listener && !desktop) {
@@ -76,7 +91,7 @@ int run(const std::vector<std::string>& words)
             status = 1;
             executor.stop();
         }
-        std::unique_ptr<DesktopHost::Window> window = desktop ? desktop->openWindow(model) : nullptr;
+        std::unique_ptr<DesktopHost::Window> window = desktop ? desktop->openWindow(model, dailyScans.get()) : nullptr;
         if (auto path = openArgument(words)) {
             executor.post([&model, path = *path] {
                 AgentCommands::Request request { "scan", { { "path", path } }, false };

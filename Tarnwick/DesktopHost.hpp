@@ -7,7 +7,9 @@
 namespace tarnwick {
 
 class AppModel;
+class DailyScans;
 class MainExecutor;
+class Notifier;
 
 // The window's side of the app, kept in a library of its own that only the app loads when
 // there is a display: the command line then starts without loading the toolkit at all.
@@ -19,8 +21,11 @@ public:
     };
 
     virtual ~DesktopHost() = default;
-    // The main window on the model; it must go before the model does.
-    virtual std::unique_ptr<Window> openWindow(AppModel& model) = 0;
+    // The main window on the model, with the tray item; they must go before the model and
+    // the daily scans do. dailyScans is null without a history.
+    virtual std::unique_ptr<Window> openWindow(AppModel& model, DailyScans* dailyScans) = 0;
+    // Desktop notifications, once the window is open; null before.
+    virtual Notifier* notifier() = 0;
 };
 
 // The entry point the window's library exports under this name. Null without a display;

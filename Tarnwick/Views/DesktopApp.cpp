@@ -135,11 +135,18 @@ void DesktopApp::useQtLoop(MainExecutor& executor)
 std::unique_ptr<MainWindow> DesktopApp::openWindow(AppModel& model)
 {
     auto window = std::make_unique<MainWindow>(model, MainWindow::Environment::standard());
-    if (m_background)
-        window->showMinimized();
-    else
-        window->show();
+    show(*window, Start::window);
     return window;
+}
+
+void DesktopApp::show(MainWindow& window, Start start)
+{
+    if (m_background && start == Start::inTray)
+        return;
+    if (m_background)
+        window.showMinimized();
+    else
+        window.show();
 }
 
 void DesktopApp::applyStyle(QApplication& application)
@@ -169,6 +176,7 @@ void DesktopApp::applyStyle(QApplication& application)
         QToolBar#toolbar QToolButton { border: none; border-radius: 7px; padding: 5px; }
         QToolBar#toolbar QToolButton:hover { background: #EEF1F5; }
         QToolBar#toolbar QToolButton:pressed { background: #E2E7EE; }
+        QToolBar#toolbar QToolButton:checked { background: #DCE6F9; }
         QToolButton#crumb { border: none; border-radius: 6px; padding: 4px 6px; color: #4B5563; }
         QToolButton#crumb:hover { background: #EEF1F5; color: #111827; }
         QToolButton#crumb:disabled { color: #111827; font-weight: 600; }

@@ -30,6 +30,10 @@ public:
 
     // Shown at once, or minimized when the command line started the app in the background.
     std::unique_ptr<MainWindow> openWindow(AppModel& model);
+    // A window made elsewhere, shown the same way. Started in the background (at login) with
+    // the tray keeping the app, it stays hidden until the tray opens it.
+    enum class Start { window, inTray };
+    void show(MainWindow& window, Start start);
 
     // Hands the executor's work to Qt's event loop, which must exist and outlive every post.
     static void useQtLoop(MainExecutor& executor);

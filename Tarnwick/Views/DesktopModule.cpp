@@ -1,6 +1,10 @@
 #include "DesktopHost.hpp"
 #include "Views/DesktopApp.hpp"
 #include "Views/MainWindow.hpp"
+#include "Views/SettingsDialog.hpp"
+#include "Views/TrayItem.hpp"
+
+#include "Platform/UserDefaults.hpp"
 
 namespace tarnwick {
 
@@ -13,18 +17,40 @@ public:
     {
     }
 
-    std::unique_ptr<Window> openWindow(AppModel& model) override
+    std::unique_ptr<Window> openWindow(AppModel& model, DailyScans* dailyScans) override
     {
         struct OpenWindow final : Window {
             std::unique_ptr<MainWindow> window;
+            std::unique_ptr<TrayItem> tray; // after the window, so it goes first
         };
         auto open = std::make_unique<OpenWindow>();
-        open->window = m_app->openWindow(model);
+        MainWindow::Environment environment = MainWindow::Environment::standard();
+        environment.dailyScans = dailyScans;
+        open->window = std::make_unique<MainWindow>(model, environment);
+        MainWindow* window = open->window.get();
+        auto showWindow = [window] {
+            window->showNormal();
+            window->raise();
+            window->activateWindow();
+        };
+        open->tray = std::make_unique<TrayItem>(environment.defaultsPath, environment.historyFolder, dailyScans,
+            TrayItem::Actions {
+                showWindow,
+                [window] { window->openSettings(static_cast<int>(SettingsDialog::Page::menuBar)); },
+                [window] { window->openSettings(); },
+            });
+        open->tray->watchWindow(window);
+        QObject::connect(window, &MainWindow::menuBarSettingsChanged, open->tray.get(), &TrayItem::refresh);
+        m_app->show(*window, open->tray->keepsAppRunning() ? DesktopApp::Start::inTray : DesktopApp::Start::window);
+        m_notifier = open->tray.get();
         return open;
     }
 
+    Notifier* notifier() override { return m_notifier; }
+
 private:
     std::unique_ptr<DesktopApp> m_app;
+    Notifier* m_notifier = nullptr;
 };
 
 }

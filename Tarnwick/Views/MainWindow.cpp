@@ -3,9 +3,12 @@
 #include "AppCommands.hpp"
 #include "AppModel.hpp"
 #include "Breadcrumb.hpp"
+#include "ChangesPane.hpp"
 #include "ColorMapStore.hpp"
 #include "Favorites.hpp"
+#include "FreeSpaceDialog.hpp"
 #include "History/HistoryStore.hpp"
+#include "History/ScanRecorder.hpp"
 #include "InspectorView.hpp"
 #include "ListPane.hpp"
 #include "MapLegend.hpp"
@@ -15,10 +18,12 @@
 #include "Platform/VolumeIdentity.hpp"
 #include "Scanning/ScanTree.hpp"
 #include "Scanning/ScopeResolver.hpp"
+#include "SettingsDialog.hpp"
 #include "SourceSidebar.hpp"
 #include "StartView.hpp"
 #include "SunburstView.hpp"
 #include "ToolbarIcons.hpp"
+#include "UnreadableSheet.hpp"
 #include "ViewFormat.hpp"
 #include "ViewTexts.hpp"
 
@@ -27,6 +32,7 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QPointer>
+#include <QPushButton>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
@@ -83,6 +89,9 @@ MainWindow::MainWindow(AppModel& model, Environment environment, QWidget* parent
     , m_breadcrumb(new Breadcrumb())
     , m_colorModes(new QComboBox())
     , m_status(new QLabel())
+    , m_changes(new ChangesPane(m_environment.historyFolder))
+    , m_listOrChanges(new QStackedWidget())
+    , m_unreadable(new QPushButton())
 {
     setWindowTitle(ViewTexts::appName);
     resize(1280, 800);
@@ -101,6 +110,13 @@ MainWindow::MainWindow(AppModel& model, Environment environment, QWidget* parent
     m_sidebar->setMinimumWidth(190);
     setCentralWidget(split);
     statusBar()->addWidget(m_status, 1);
+    m_unreadable->setObjectName("unreadable");
+    m_unreadable->setFlat(true);
+    m_unreadable->setCursor(Qt::PointingHandCursor);
+    m_unreadable->setStyleSheet("QPushButton#unreadable { border: none; padding: 2px 10px; color: #B45309; background: transparent; }"
+                                "QPushButton#unreadable:hover { color: #92400E; text-decoration: underline; }");
+    m_unreadable->hide();
+    statusBar()->addPermanentWidget(m_unreadable);
     statusBar()->setSizeGripEnabled(false);
 
     connect(m_sidebar, &SourceSidebar::sourceChosen, this, &MainWindow::choose);
@@ -116,6 +132,18 @@ MainWindow::MainWindow(AppModel& model, Environment environment, QWidget* parent
     connect(m_list, &ListPane::folderOpened, this, [this](NodeID folder) { m_model.open(folder); });
     connect(m_breadcrumb, &Breadcrumb::folderChosen, this, [this](NodeID folder) { m_model.open(folder); });
     connect(m_colors, &ColorMapStore::ready, this, &MainWindow::refresh);
+    connect(m_sidebar, &SourceSidebar::freeSpaceRequested, this, &MainWindow::openFreeSpace);
+    connect(m_unreadable, &QPushButton::clicked, this, &MainWindow::openUnreadable);
+    connect(m_changes, &ChangesPane::changesShown, this, [this](std::shared_ptr<const SunburstView::ChangeMap> changes, const QString& since) {
+        m_map->setChanges(m_showChanges->isChecked() ? std::move(changes) : nullptr, since);
+    });
+    connect(m_changes, &ChangesPane::placeChosen, this, [this](const QString& path) {
+        const auto& result = m_model.result();
+        if (!result || m_model.runningScan())
+            return;
+        if (auto node = result->tree->node(path.toStdString()); node && isContainer(result->tree->kind(*node)))
+            m_model.open(*node);
+    });
 
     auto* sidebarTimer = new QTimer(this);
     sidebarTimer->setInterval(sidebarRefreshMilliseconds);
@@ -173,6 +201,10 @@ void MainWindow::buildToolbar()
     m_rescan->setShortcut(QKeySequence::Refresh);
     m_stop = bar->addAction(ToolbarIcons::stop(), ViewTexts::stop, this, [this] { m_model.cancelScan(); });
     bar->addAction(ToolbarIcons::folder(), ViewTexts::chooseFolder, this, &MainWindow::chooseFolder);
+    bar->addSeparator();
+    m_showChanges = bar->addAction(ToolbarIcons::changes(), ViewTexts::showChanges, this, &MainWindow::showChanges);
+    m_showChanges->setCheckable(true);
+    bar->addAction(ToolbarIcons::settings(), ViewTexts::settings, this, [this] { openSettings(); });
     bar->setToolButtonStyle(Qt::ToolButtonIconOnly);
 }
 
@@ -194,7 +226,9 @@ QWidget* MainWindow::buildWorkspace()
     side->setObjectName("sideSplit");
     side->setChildrenCollapsible(false);
     side->setHandleWidth(10);
-    side->addWidget(card(m_list, "card"));
+    m_listOrChanges->addWidget(m_list);
+    m_listOrChanges->addWidget(m_changes);
+    side->addWidget(card(m_listOrChanges, "card"));
     side->addWidget(card(m_inspector, "card"));
     side->setStretchFactor(0, 1);
     side->setStretchFactor(1, 1);
@@ -278,6 +312,8 @@ void MainWindow::refresh()
         m_list->clear();
         m_inspector->clear();
         m_legend->clear();
+        m_changes->clear();
+        updateUnreadable();
         m_breadcrumb->showPath(nullptr, NodeID::root());
         std::vector<StartView::Choice> choices;
         for (const SourceSidebar::Source& source : m_sidebar->sources()) {
@@ -329,6 +365,8 @@ void MainWindow::showScan()
     }
     m_legend->clear();
     m_legendColors = nullptr;
+    m_changes->clear();
+    updateUnreadable();
     m_breadcrumb->showPath(nullptr, NodeID::root());
     m_sidebar->setCurrentPath(running.scope.scanRoot);
     m_status->setText(ViewTexts::scanning + QStringLiteral(" ") + root);
@@ -369,6 +407,8 @@ void MainWindow::showResult()
     m_breadcrumb->showPath(tree, open);
     m_sidebar->setCurrentPath(tree->rootPath());
     updateLegend(colors, open);
+    updateChanges();
+    updateUnreadable();
 
     QString root = QString::fromStdString(ScopeResolver::displayPath(tree->rootPath()));
     setWindowTitle(ViewTexts::appName + QStringLiteral(" — ") + root);
@@ -453,6 +493,83 @@ void MainWindow::goUp()
         return;
     if (std::optional<NodeID> parent = result->tree->parent(m_model.openFolder()))
         m_model.open(*parent);
+}
+
+void MainWindow::showChanges(bool shown)
+{
+    m_showChanges->setChecked(shown);
+    m_listOrChanges->setCurrentWidget(shown ? static_cast<QWidget*>(m_changes) : m_list);
+    if (!shown)
+        m_map->setChanges(nullptr, {});
+    updateChanges();
+}
+
+// The comparison follows the result and its open folder while the changes are shown.
+void MainWindow::updateChanges()
+{
+    const auto& result = m_model.result();
+    if (!m_showChanges->isChecked() || m_model.runningScan() || !result) {
+        if (!result || m_model.runningScan())
+            m_changes->clear();
+        return;
+    }
+    bool saved = result->status.kind == ScanOutcome::Status::Kind::completed;
+    m_changes->showScan(result->tree, m_model.openFolder(), result->finishedAt, saved);
+}
+
+// The status bar offers what could not be read of the current result.
+void MainWindow::updateUnreadable()
+{
+    const auto& result = m_model.result();
+    const ScanTree* tree = result && !m_model.runningScan() ? result->tree.get() : nullptr;
+    if (tree == m_unreadableTree)
+        return;
+    m_unreadableTree = tree;
+    std::size_t issues = tree ? tree->issues().size() : 0;
+    m_unreadable->setVisible(issues > 0);
+    m_unreadable->setText(issues == 1 ? ViewTexts::unreadableOne : ViewTexts::unreadableCount(ViewFormat::count(static_cast<std::int64_t>(issues))));
+}
+
+void MainWindow::openUnreadable()
+{
+    const auto& result = m_model.result();
+    if (!result)
+        return;
+    auto* sheet = new UnreadableSheet(result->tree, NodeID::root(), m_environment.home, this);
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    sheet->setWindowModality(Qt::WindowModal);
+    sheet->show();
+}
+
+void MainWindow::openFreeSpace(const QString& diskPath)
+{
+    std::string path = diskPath.toStdString();
+    QString name = path == "/" ? QStringLiteral("System Disk") : diskPath.section('/', -1, -1, QString::SectionSkipEmpty);
+    auto* dialog = new FreeSpaceDialog(name, ScanRecorder::sourceFor(ScopeResolver::realPath(path)), m_environment.historyFolder, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->show();
+}
+
+SettingsDialog* MainWindow::openSettings(int page)
+{
+    if (!m_settings) {
+        m_settings = new SettingsDialog(m_environment.defaultsPath, m_environment.historyFolder, m_environment.dailyScans, this);
+        connect(m_settings, &SettingsDialog::menuBarChanged, this, &MainWindow::menuBarSettingsChanged);
+        connect(m_settings, &SettingsDialog::historyCleared, this, [this] {
+            m_sidebar->refresh();
+            m_changes->clear();
+            updateChanges();
+        });
+        connect(m_settings, &QDialog::finished, this, [this] {
+            m_settings->deleteLater();
+            m_settings = nullptr;
+        });
+    }
+    m_settings->showPage(static_cast<SettingsDialog::Page>(page));
+    m_settings->show();
+    m_settings->raise();
+    m_settings->activateWindow();
+    return m_settings;
 }
 
 }

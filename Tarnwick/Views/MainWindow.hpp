@@ -13,12 +13,15 @@
 class QAction;
 class QComboBox;
 class QLabel;
+class QPushButton;
 class QStackedWidget;
 
 namespace tarnwick {
 
 class AppModel;
 class Breadcrumb;
+class ChangesPane;
+class DailyScans;
 class ColorMap;
 class ColorMapStore;
 class Favorites;
@@ -26,6 +29,7 @@ class InspectorView;
 class ListPane;
 class MapLegend;
 class ScanTree;
+class SettingsDialog;
 class SourceSidebar;
 class StartView;
 class SunburstView;
@@ -42,6 +46,7 @@ public:
         std::string home;
         std::string defaultsPath;
         std::string historyFolder;
+        DailyScans* dailyScans = nullptr; // the settings' switch and snapshot now; none without a history
 
         // The user's home, settings file and history folder.
         static Environment standard();
@@ -59,12 +64,24 @@ public:
     [[nodiscard]] QComboBox* colorModes() const { return m_colorModes; }
     [[nodiscard]] QStackedWidget* pages() const { return m_pages; }
     [[nodiscard]] StartView* startView() const { return m_start; }
+    [[nodiscard]] ChangesPane* changes() const { return m_changes; }
+    [[nodiscard]] QAction* changesAction() const { return m_showChanges; }
+    [[nodiscard]] QPushButton* unreadableButton() const { return m_unreadable; }
     // Whether colours or the legend are still being worked out off the main thread.
     [[nodiscard]] bool isBusy() const;
 
     // Scans a place, or opens it when the current scan holds it; false with a message shown
     // when it cannot be scanned.
     bool choose(const QString& path);
+
+    // Opens the settings on a page: 0 alerts, 1 daily snapshot, 2 menu bar, 3 history.
+    SettingsDialog* openSettings(int page = 0);
+    void openUnreadable();
+    void openFreeSpace(const QString& diskPath);
+
+Q_SIGNALS:
+    // The tray item's settings or what it shows changed.
+    void menuBarSettingsChanged();
 
 private:
     void buildToolbar();
@@ -80,6 +97,9 @@ private:
     void goUp();
     void chooseFolder();
     void addFavorite();
+    void showChanges(bool shown);
+    void updateChanges();
+    void updateUnreadable();
     std::optional<VolumeCapacity> capacityOf(const std::shared_ptr<const ScanTree>& tree);
 
     AppModel& m_model;
@@ -103,6 +123,12 @@ private:
     QAction* m_up;
     QAction* m_rescan;
     QAction* m_stop;
+    QAction* m_showChanges;
+    ChangesPane* m_changes;
+    QStackedWidget* m_listOrChanges;
+    QPushButton* m_unreadable;
+    const ScanTree* m_unreadableTree = nullptr;
+    SettingsDialog* m_settings = nullptr;
 
     // Back and forward within one scan.
     std::shared_ptr<const ScanTree> m_navigationTree;

@@ -169,6 +169,21 @@ QColor accent()
     return QColor(0x2F, 0x6F, 0xED);
 }
 
+QColor changeVeil()
+{
+    return QColor(0xFF, 0xFF, 0xFF, 165);
+}
+
+QColor growth()
+{
+    return QColor(0xE0, 0x4F, 0x1A);
+}
+
+QColor shrinkage()
+{
+    return QColor(0x1E, 0x9E, 0x6A);
+}
+
 QColor forRing(const QColor& base, int ring)
 {
     return mix(base, QColor(Qt::white), std::min(0.07 * ring, 0.45));

@@ -38,6 +38,11 @@ QColor centerFill();
 QColor selectionOutline();
 QColor accent();
 
+// The changes view: the veil that pales the map, and the colours of growth and shrinkage.
+QColor changeVeil();
+QColor growth();
+QColor shrinkage();
+
 // Rings further out are drawn a little lighter, which keeps depth readable without lines.
 QColor forRing(const QColor& base, int ring);
 // Text drawn on top of a fill.

@@ -315,6 +315,8 @@ void SourceSidebar::showMenu(const QPoint& position)
             refresh();
         });
     }
+    if (kind == Kind::disk)
+        menu.addAction(ViewTexts::freeSpaceOverTime, this, [this, path] { Q_EMIT freeSpaceRequested(QString::fromStdString(path)); });
     if (!menu.isEmpty())
         menu.exec(m_list->viewport()->mapToGlobal(position));
 }

@@ -48,6 +48,7 @@ public:
 Q_SIGNALS:
     void sourceChosen(const QString& path);
     void addFavoriteRequested();
+    void freeSpaceRequested(const QString& diskPath);
 
 private:
     void addSection(const QString& title);

@@ -65,6 +65,37 @@ void SunburstView::setColors(std::shared_ptr<const ColorMap> colors)
     invalidatePicture();
 }
 
+void SunburstView::setChanges(std::shared_ptr<const ChangeMap> changes, const QString& since)
+{
+    if (changes == m_changes && since == m_changesSince)
+        return;
+    m_changes = std::move(changes);
+    m_changesSince = since;
+    m_projectionKey.reset();
+    invalidatePicture();
+}
+
+const std::optional<ChangeProjection>& SunburstView::changeProjection()
+{
+    const SunburstLayout& layout = currentLayout();
+    if (m_projectionKey == m_layoutKey && m_projectionChanges == m_changes.get())
+        return m_projection;
+    m_projectionKey = m_layoutKey;
+    m_projectionChanges = m_changes.get();
+    m_projection.reset();
+    if (!m_changes || !m_tree)
+        return m_projection;
+    std::shared_ptr<const ChangeMap> changes = m_changes;
+    const ScanTree& tree = *m_tree;
+    m_projection = ChangeProjection::project(
+        layout, m_root, [&tree](NodeID focus, NodeID node) { return tree.isAncestor(focus, node); },
+        [&changes](NodeID node) -> std::optional<std::int64_t> {
+            auto found = changes->find(node);
+            return found == changes->end() ? std::nullopt : std::optional(found->second.change);
+        });
+    return m_projection;
+}
+
 void SunburstView::setSelection(std::optional<NodeID> node)
 {
     if (node == m_selection)
@@ -214,8 +245,14 @@ QString SunburstView::describe(const SunburstSector& sector) const
             .arg(ViewTexts::smallObjectsCount(ViewFormat::count(rest->count())), ViewFormat::size(sector.bytes), shareText.toHtmlEscaped());
     }
     NodeID node = *sector.node();
-    return QStringLiteral("<b>%1</b><br>%2 · %3")
+    QString text = QStringLiteral("<b>%1</b><br>%2 · %3")
         .arg(ViewFormat::name(*m_tree, node).toHtmlEscaped(), ViewFormat::size(*m_tree, node), shareText.toHtmlEscaped());
+    if (m_changes) {
+        auto found = m_changes->find(node);
+        QString change = found == m_changes->end() ? ViewTexts::unchanged : ViewFormat::change(found->second.change, found->second.isUncertain);
+        text += QStringLiteral("<br>%1 %2").arg(change, m_changesSince.toHtmlEscaped());
+    }
+    return text;
 }
 
 QColor SunburstView::fill(const SunburstSector& sector) const
@@ -249,9 +286,46 @@ void SunburstView::renderPicture()
     painter.setRenderHint(QPainter::Antialiasing);
     auto fill = [this](const SunburstSector& sector) { return this->fill(sector); };
     SunburstPainter::drawSectors(painter, layout, geometry, fill);
+    if (m_changes)
+        drawChanges(painter, geometry);
     if (m_tree)
         SunburstPainter::drawLabels(painter, layout, geometry, font(), fill, [this](NodeID node) { return ViewFormat::name(*m_tree, node); });
     m_pictureValid = true;
+}
+
+// The map recedes behind a veil; growth is a solid piece at the clockwise end of its sector,
+// shrinkage a hatched one (the part of the former size that is gone). A change only one of the
+// two scans could measure in full is drawn lighter.
+void SunburstView::drawChanges(QPainter& painter, const SunburstGeometry& geometry)
+{
+    QPainterPath whole;
+    for (const SunburstLayout::Ring& ring : currentLayout().rings) {
+        for (const SunburstSector& sector : ring)
+            whole.addPath(SunburstPainter::sectorPath(geometry, sector.ring, sector.start, sector.end));
+    }
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(MapPalette::changeVeil());
+    painter.drawPath(whole);
+    const std::optional<ChangeProjection>& projection = changeProjection();
+    if (!projection)
+        return;
+    for (const ChangeProjection::Piece& piece : projection->pieces) {
+        auto known = m_changes->find(piece.node);
+        bool uncertain = known != m_changes->end() && known->second.isUncertain;
+        bool grew = piece.change > 0;
+        QColor color = grew ? MapPalette::growth() : MapPalette::shrinkage();
+        if (uncertain)
+            color.setAlphaF(0.55);
+        QPainterPath path = SunburstPainter::sectorPath(geometry, piece.ring, piece.start, piece.end);
+        painter.setPen(QPen(MapPalette::sectorBorder(), 1.0));
+        painter.setBrush(grew ? color : MapPalette::forRing(color, 3));
+        painter.drawPath(path);
+        if (!grew) {
+            painter.setPen(Qt::NoPen);
+            painter.setBrush(QBrush(color, Qt::BDiagPattern));
+            painter.drawPath(path);
+        }
+    }
 }
 
 // The centre names the hovered sector, else the open folder.

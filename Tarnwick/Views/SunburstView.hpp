@@ -1,9 +1,11 @@
 #pragma once
 
 #include "Classification/ColorMap.hpp"
+#include "Geometry/ChangeProjection.hpp"
 #include "Geometry/SunburstGeometry.hpp"
 #include "Geometry/SunburstLayout.hpp"
 #include "Geometry/VolumeCapacity.hpp"
+#include "PeriodChanges.hpp"
 #include "Scanning/ScanProgress.hpp"
 
 #include <QPixmap>
@@ -12,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <unordered_map>
 #include <vector>
 
 class QTimer;
@@ -46,6 +49,15 @@ public:
     void setColors(std::shared_ptr<const ColorMap> colors);
     void setSelection(std::optional<NodeID> node);
     void clear();
+
+    // Growth and shrinkage since the start of a period, drawn at the clockwise end of each
+    // changed sector over a paler map; null shows the map alone. since ends the tooltips'
+    // change lines ("since Jun 7").
+    using ChangeMap = std::unordered_map<NodeID, PeriodChanges::NodeChange>;
+    void setChanges(std::shared_ptr<const ChangeMap> changes, const QString& since);
+    [[nodiscard]] const std::shared_ptr<const ChangeMap>& changes() const { return m_changes; }
+    // The pieces drawn for the current layout; absent without changes.
+    const std::optional<ChangeProjection>& changeProjection();
 
     // Shows a running scan: every pollMilliseconds the latest preview, once its colours are
     // made, and the count and path in the banner. A rescan keeps the map it replaces on show
@@ -99,6 +111,7 @@ private:
     void pollScan();
     void invalidatePicture();
     void renderPicture();
+    void drawChanges(QPainter& painter, const SunburstGeometry& geometry);
     [[nodiscard]] QColor fill(const SunburstSector& sector) const;
     [[nodiscard]] std::pair<QString, QString> centerTexts() const;
     [[nodiscard]] std::optional<SunburstSector> sectorOf(NodeID node);
@@ -117,6 +130,11 @@ private:
     std::optional<LayoutKey> m_layoutKey;
     int m_layoutsMade = 0;
     QPixmap m_picture;
+    std::shared_ptr<const ChangeMap> m_changes;
+    QString m_changesSince;
+    std::optional<ChangeProjection> m_projection;
+    const void* m_projectionChanges = nullptr; // the changes the projection was made for, with m_projectionKey
+    std::optional<LayoutKey> m_projectionKey;
     bool m_pictureValid = false;
 
     std::shared_ptr<ScanProgress> m_progress;

@@ -94,4 +94,33 @@ QIcon folder()
     });
 }
 
+QIcon changes()
+{
+    // A clock with an arrow turning back: what changed since a time before.
+    return drawn([](QPainterPath& path) {
+        path.arcMoveTo(QRectF(4.5, 4.5, 15, 15), 150);
+        path.arcTo(QRectF(4.5, 4.5, 15, 15), 150, -300);
+        path.moveTo(4.2, 6.5);
+        path.lineTo(5.5, 10.2);
+        path.lineTo(9.2, 9.2);
+        path.moveTo(12, 8);
+        path.lineTo(12, 12);
+        path.lineTo(14.8, 13.8);
+    });
+}
+
+QIcon settings()
+{
+    // Three sliders.
+    return drawn([](QPainterPath& path) {
+        for (auto [y, knob] : { std::pair { 7.0, 9.0 }, std::pair { 12.0, 15.0 }, std::pair { 17.0, 7.5 } }) {
+            path.moveTo(4.5, y);
+            path.lineTo(knob - 2.2, y);
+            path.moveTo(knob + 2.2, y);
+            path.lineTo(19.5, y);
+            path.addEllipse(QPointF(knob, y), 2.2, 2.2);
+        }
+    });
+}
+
 }

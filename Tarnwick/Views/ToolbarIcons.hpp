@@ -12,5 +12,7 @@ QIcon up();
 QIcon rescan();
 QIcon stop();
 QIcon folder();
+QIcon changes();
+QIcon settings();
 
 }

@@ -26,6 +26,13 @@ QString percent(double share)
     return QString::fromStdString(AgentFormat::percent(share));
 }
 
+QString change(std::int64_t bytes, bool uncertain)
+{
+    std::int64_t magnitude = bytes < 0 ? (bytes == INT64_MIN ? INT64_MAX : -bytes) : bytes;
+    QString sign = bytes < 0 ? QStringLiteral("−") : QStringLiteral("+");
+    return (uncertain ? QStringLiteral("≈") : QString()) + sign + size(magnitude);
+}
+
 QString date(std::optional<Date> value)
 {
     if (!value)
@@ -91,6 +98,15 @@ QString shortName(const ScanTree& tree, NodeID node)
 QString count(std::int64_t value)
 {
     return QLocale().toString(static_cast<qlonglong>(value));
+}
+
+QString homePath(const std::string& path, const std::string& home)
+{
+    std::string shown = ScopeResolver::displayPath(path);
+    std::string shownHome = home.empty() ? std::string() : ScopeResolver::displayPath(home);
+    if (!shownHome.empty() && shownHome != "/" && (shown == shownHome || (shown.starts_with(shownHome) && shown[shownHome.size()] == '/')))
+        return QStringLiteral("~") + QString::fromStdString(shown.substr(shownHome.size()));
+    return QString::fromStdString(shown);
 }
 
 }

@@ -2,6 +2,7 @@
 #include "AppModel.hpp"
 #include "Favorites.hpp"
 #include "History/HistoryStore.hpp"
+#include "History/ScanRecorder.hpp"
 #include "Platform/UserDefaults.hpp"
 #include "MainExecutor.hpp"
 #include "Scanning/ScanTree.hpp"
@@ -16,6 +17,8 @@
 #include "Views/MainWindow.hpp"
 #include "Views/MapLegend.hpp"
 #include "Views/MapPalette.hpp"
+#include "Views/ChangesPane.hpp"
+#include "Views/SettingsDialog.hpp"
 #include "Views/SourceSidebar.hpp"
 #include "Views/StartView.hpp"
 #include "Views/ViewFormat.hpp"
@@ -23,8 +26,10 @@
 
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QComboBox>
 #include <QImage>
+#include <QPushButton>
 #include <QStackedWidget>
 #include <QTableView>
 #include <QTest>
@@ -309,6 +314,47 @@ TEST_F(MainWindowTest, FavoritesAndPlacesWithAHistoryAppearInTheSidebar)
     EXPECT_TRUE(listed(SourceSidebar::Kind::history, "/home/ann/Projects"));
     for (const auto& source : window->sidebar()->sources())
         EXPECT_NE(source.kind, SourceSidebar::Kind::section);
+}
+
+TEST_F(MainWindowTest, ChangesTakeThePlaceOfTheListAndDrawOnTheMap)
+{
+    scan();
+    // The recorder of the app is not part of this window: save the scan as it would, once as
+    // the day before's snapshot and once as this scan's own.
+    auto store = HistoryStore::open(settings / "History");
+    ASSERT_TRUE(store);
+    const AppModel::Result& result = *model->result();
+    ASSERT_TRUE(ScanRecorder::record(**store, result.tree, result.content, result.finishedAt - std::chrono::hours(48)));
+    ASSERT_TRUE(ScanRecorder::record(**store, result.tree, result.content, result.finishedAt));
+
+    auto* stack = window->changes()->parentWidget();
+    ASSERT_TRUE(stack);
+    window->changesAction()->trigger();
+    EXPECT_TRUE(window->changesAction()->isChecked());
+    EXPECT_TRUE(window->changes()->isVisible());
+    EXPECT_FALSE(window->list()->isVisible());
+    ASSERT_TRUE(waitFor([&] { return !window->changes()->isLoading() && window->map()->changes(); }));
+    EXPECT_EQ(window->changes()->headline(), ViewTexts::didNotChange(ViewFormat::shortName(*result.tree, NodeID::root())));
+
+    // Opening a folder compares that folder.
+    model->open(node("Movies"));
+    ASSERT_TRUE(waitFor([&] { return !window->changes()->isLoading(); }));
+    EXPECT_FALSE(window->changes()->message().isEmpty()); // under 10 MB: no snapshot keeps it
+
+    window->changesAction()->trigger();
+    EXPECT_FALSE(window->changes()->isVisible());
+    EXPECT_TRUE(window->list()->isVisible());
+    EXPECT_EQ(window->map()->changes(), nullptr);
+}
+
+TEST_F(MainWindowTest, SettingsOpenOnTheirPage)
+{
+    SettingsDialog* settings = window->openSettings(static_cast<int>(SettingsDialog::Page::history));
+    ASSERT_TRUE(settings);
+    EXPECT_EQ(settings->currentPage(), SettingsDialog::Page::history);
+    EXPECT_EQ(window->openSettings(0), settings);
+    EXPECT_EQ(settings->currentPage(), SettingsDialog::Page::alerts);
+    EXPECT_TRUE(window->unreadableButton()->isHidden());
 }
 
 }

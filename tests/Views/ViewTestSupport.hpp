@@ -9,10 +9,19 @@
 #include <QPoint>
 #include <QThread>
 
+#include <QString>
+
 #include <cmath>
+#include <ostream>
 #include <functional>
 #include <numbers>
 #include <optional>
+
+// Failed comparisons of texts print the texts.
+inline void PrintTo(const QString& text, std::ostream* out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
 
 namespace tarnwick::testing {
 

@@ -1,20 +1,37 @@
 // Renders the window on a generated demo home folder, offscreen, into PNG files:
 //     tarnwick_screenshots OUTPUT_FOLDER DEMO_FOLDER [LARGE_FOLDER]
 // With LARGE_FOLDER, also the map filling in while that folder is being scanned.
+#include "Alerts/SpaceAlertStore.hpp"
 #include "AppModel.hpp"
+#include "DailyScans.hpp"
 #include "DemoTree.hpp"
 #include "Favorites.hpp"
+#include "History/HistoryStore.hpp"
+#include "History/ScanRecorder.hpp"
+#include "HistoryDemo.hpp"
+#include "Platform/LoginItem.hpp"
 #include "Platform/UserDefaults.hpp"
 #include "MainExecutor.hpp"
 #include "Scanning/ScanTree.hpp"
 #include "Scanning/ScopeResolver.hpp"
+#include "Views/AlertsPage.hpp"
+#include "Views/ChangesPane.hpp"
 #include "Views/DesktopApp.hpp"
+#include "Views/FreeSpaceChart.hpp"
+#include "Views/FreeSpaceDialog.hpp"
+#include "Views/HistoryPage.hpp"
 #include "Views/MainWindow.hpp"
+#include "Views/MenuBarPage.hpp"
+#include "Views/SettingsDialog.hpp"
 #include "Views/SunburstView.hpp"
+#include "Views/UnreadableSheet.hpp"
 
+#include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QMessageBox>
 #include <QTableView>
 #include <QThread>
 
@@ -54,6 +71,78 @@ bool save(QWidget& window, const QString& folder, const QString& name)
     return true;
 }
 
+// The window's history pictures: what changed in a week, a disk's month of free space, what a
+// scan could not read and the settings, from a history made for the demo.
+bool saveHistoryPictures(MainWindow& window, AppModel& model, const std::string& home, const std::string& historyFolder,
+    const QString& output)
+{
+    auto opened = HistoryStore::open(historyFolder);
+    if (!opened) {
+        std::fprintf(stderr, "screenshots: %s\n", opened.error().message().c_str());
+        return false;
+    }
+    HistoryStore& store = **opened;
+    (void)store.clear();
+    const AppModel::Result weekAgo = *model.result();
+    Date now = std::chrono::system_clock::now();
+    if (!ScanRecorder::record(store, weekAgo.tree, weekAgo.content, now - std::chrono::days(7) - std::chrono::hours(2)))
+        return false;
+    if (!HistoryDemo::makeToday(home) || !HistoryDemo::recordDiskMonth(store, now))
+        return false;
+    model.rescan();
+    if (!waitFor([&] { return !model.runningScan() && model.result() && model.result()->tree != weekAgo.tree && !window.isBusy(); }))
+        return false;
+    const AppModel::Result today = *model.result();
+    if (!ScanRecorder::record(store, today.tree, today.content, today.finishedAt))
+        return false;
+
+    bool written = true;
+    window.changesAction()->trigger();
+    window.changes()->setPeriod(HistoryPeriod::week);
+    waitFor([&] { return !window.changes()->isLoading() && window.map()->changes() && !window.isBusy(); });
+    written = save(window, output, "changes") && written;
+    if (auto projects = today.tree->node(home + "/Projects")) {
+        model.open(*projects);
+        waitFor([&] { return !window.changes()->isLoading() && !window.isBusy(); });
+        written = save(window, output, "changes-folder") && written;
+    }
+    window.changesAction()->trigger();
+    model.open(NodeID::root());
+
+    FreeSpaceDialog disk(QStringLiteral("System Disk"), HistorySource { "/", HistoryDemo::diskVolume }, historyFolder, &window);
+    disk.resize(760, 520);
+    disk.show();
+    waitFor([&] { return !disk.isLoading(); });
+    written = save(disk, output, "free-space") && written;
+    disk.close();
+
+    UnreadableSheet unreadable(HistoryDemo::unreadableScan(home), NodeID::root(), home, &window);
+    unreadable.show();
+    waitFor([&] { return !unreadable.isLoading(); });
+    written = save(unreadable, output, "unreadable") && written;
+    unreadable.close();
+
+    SettingsDialog* settings = window.openSettings(static_cast<int>(SettingsDialog::Page::alerts));
+    settings->resize(780, 560);
+    waitFor([&] { return !settings->alerts()->isMeasuring() && !settings->menuBar()->isPreviewing() && !settings->history()->isBusy(); });
+    written = save(*settings, output, "settings-alerts") && written;
+    for (auto [page, name] : { std::pair { SettingsDialog::Page::dailyScans, "settings-daily" }, std::pair { SettingsDialog::Page::menuBar, "settings-menubar" },
+             std::pair { SettingsDialog::Page::history, "settings-history" } }) {
+        settings->showPage(page);
+        waitFor([] { return true; });
+        written = save(*settings, output, name) && written;
+    }
+    settings->showPage(SettingsDialog::Page::history);
+    settings->history()->askToClear();
+    waitFor([] { return true; });
+    if (QMessageBox* confirmation = settings->history()->confirmation()) {
+        written = save(*confirmation, output, "clear-history") && written;
+        confirmation->reject();
+    }
+    settings->close();
+    return written;
+}
+
 }
 
 int main(int argc, char** argv)
@@ -73,7 +162,7 @@ int main(int argc, char** argv)
     std::filesystem::remove_all(config);
     // The demo folder stands for the user's home, where the owner colours look for apps.
     setenv("HOME", home.c_str(), 1);
-    if (!DemoTree::make(home) || !DemoTree::makeApplications(demoParent + "/data/applications"))
+    if (!DemoTree::make(home) || !DemoTree::makeApplications(demoParent + "/data/applications") || !HistoryDemo::makeWeekAgo(home))
         return 1;
 
     QApplication application(argc, argv);
@@ -84,12 +173,30 @@ int main(int argc, char** argv)
     DesktopApp::useQtLoop(executor);
     AppModel model(executor);
     MainWindow::Environment environment { home, config + "/tarnwick/defaults.json", demoParent + "/data/tarnwick/History" };
+    UserDefaults defaults(environment.defaultsPath);
     {
-        UserDefaults defaults(environment.defaultsPath);
         Favorites favorites(defaults);
         favorites.add(home + "/Projects");
         favorites.add(home + "/Pictures");
+        SpaceAlertStore alerts(defaults);
+        (void)alerts.add("/", SpaceAlertStore::PlaceKind::disk, { SpaceAlert::Condition::DiskUsed { 90 } });
+        (void)alerts.add(home + "/Projects", SpaceAlertStore::PlaceKind::folder, { SpaceAlert::Condition::Size { 3'000'000'000 } });
+        (void)alerts.add(home + "/Downloads", SpaceAlertStore::PlaceKind::folder, { SpaceAlert::Condition::Growth { 500'000'000, "week" } });
     }
+    auto demoStore = HistoryStore::open(environment.historyFolder);
+    if (!demoStore)
+        return 1;
+    // Each run starts without a history, so that the first pictures show none.
+    (void)(*demoStore)->clear();
+    // The daily snapshot as it looks after this morning's pass; its login item goes into the
+    // demo's own configuration folder.
+    DailyScans daily(DailyScans::Services { defaults, **demoStore, [] { return std::vector<HistorySource> {}; }, [] { return PowerState {}; },
+        nullptr, LoginItem::standardPath(), "/usr/bin/tarnwick" });
+    (void)daily.turnOn();
+    Date morning = std::chrono::system_clock::now() - std::chrono::hours(2);
+    DailyScans::Pass pass { morning, { { { "/", "dev:254:0" }, DailyScans::Outcome::saved, {} }, { { "/mnt/backup", "dev:8:17" }, DailyScans::Outcome::saved, {} } } };
+    (void)defaults.set(DailyScans::lastPassKey, pass.toJSON());
+    environment.dailyScans = &daily;
     MainWindow window(model, environment);
     window.resize(1440, 900);
     window.show();
@@ -119,6 +226,8 @@ int main(int argc, char** argv)
     }
     waitFor([&] { return !window.isBusy(); });
     written = save(window, output, "folder") && written;
+    model.open(NodeID::root());
+    written = saveHistoryPictures(window, model, home, environment.historyFolder, output) && written;
 
     if (argc == 4) {
         auto large = ScopeResolver::resolve(argv[3]);

@@ -1,0 +1,96 @@
+#include "FreeSpaceDialog.hpp"
+
+#include "FreeSpaceChart.hpp"
+#include "History/HistoryStore.hpp"
+#include "OffThread.hpp"
+#include "Platform/VolumeIdentity.hpp"
+#include "ViewFormat.hpp"
+#include "ViewTexts.hpp"
+
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <filesystem>
+
+namespace tarnwick {
+
+FreeSpaceDialog::FreeSpaceDialog(const QString& diskName, HistorySource disk, std::string historyFolder, QWidget* parent)
+    : QDialog(parent)
+    , m_disk(std::move(disk))
+    , m_historyFolder(std::move(historyFolder))
+    , m_summary(new QLabel(this))
+    , m_busy(new QProgressBar(this))
+    , m_chart(new FreeSpaceChart(this))
+{
+    setWindowTitle(ViewTexts::freeSpaceOf(diskName));
+    setObjectName("freeSpaceDialog");
+    resize(720, 500);
+    auto* title = new QLabel(ViewTexts::freeSpaceOf(diskName), this);
+    QFont titleFont = title->font();
+    titleFont.setPointSizeF(titleFont.pointSizeF() * 1.3);
+    titleFont.setWeight(QFont::DemiBold);
+    title->setFont(titleFont);
+    m_summary->setStyleSheet("color: #6B7280;");
+    if (auto space = VolumeIdentity::space(m_disk.path))
+        m_summary->setText(ViewTexts::freeOf(ViewFormat::size(space->available), ViewFormat::size(space->total)));
+    m_busy->setRange(0, 0);
+    m_busy->setTextVisible(false);
+    m_busy->setFixedHeight(4);
+    auto* buttons = new QDialogButtonBox(this);
+    buttons->addButton(ViewTexts::close, QDialogButtonBox::AcceptRole);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(22, 20, 22, 16);
+    column->setSpacing(8);
+    column->addWidget(title);
+    column->addWidget(m_summary);
+    column->addWidget(m_busy);
+    column->addSpacing(6);
+    column->addWidget(m_chart, 1);
+    column->addWidget(buttons);
+    load();
+}
+
+bool FreeSpaceDialog::isLoading() const
+{
+    return !m_busy->isHidden();
+}
+
+void FreeSpaceDialog::load()
+{
+    struct Read {
+        VolumeTimeline timeline;
+        Calendar calendar = Calendar::current();
+    };
+    std::string folder = m_historyFolder;
+    std::string volume = m_disk.volume;
+    OffThread::run<Read>(
+        this,
+        [folder, volume] {
+            Read read;
+            std::error_code error;
+            // Opening the store would make its folder: a machine never scanned has no record.
+            if (!std::filesystem::exists(std::filesystem::path(folder) / HistoryStore::indexFileName, error))
+                return read;
+            auto store = HistoryStore::open(folder);
+            if (!store)
+                return read;
+            read.calendar = (*store)->calendar();
+            if (auto measurements = (*store)->measurements(volume))
+                read.timeline = VolumeTimeline::make(*measurements, (*store)->now(), read.calendar);
+            return read;
+        },
+        [this](Read read) {
+            m_busy->hide();
+            // The latest measurement, so that the words agree with the line.
+            if (read.timeline.latest)
+                m_summary->setText(ViewTexts::freeOf(ViewFormat::size(read.timeline.latest->available), ViewFormat::size(read.timeline.latest->total)));
+            m_chart->setTimeline(read.timeline, read.calendar);
+            Q_EMIT loaded();
+        });
+}
+
+}

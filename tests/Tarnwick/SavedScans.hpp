@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Classification/TreeFixture.hpp"
+#include "History/HistoryStore.hpp"
+#include "History/Snapshot.hpp"
+#include "History/SnapshotReducer.hpp"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tarnwick::testing {
+
+inline constexpr std::int64_t MB = 1'000'000;
+
+// A scan tree of files at relative paths, rooted at rootPath.
+inline std::shared_ptr<const ScanTree> treeOf(const std::string& rootPath, const std::vector<std::pair<std::string, std::int64_t>>& files)
+{
+    TreeFixture fixture;
+    for (const auto& [path, bytes] : files)
+        fixture.add(path, bytes);
+    return fixture.finish(TreeBuilder::Metadata::included, rootPath);
+}
+
+// Saves a tree into the history as the scan of its root finished at date, the way a finished
+// scan is saved (without colours, so sizes are kept to 10 MB).
+inline void saveScan(HistoryStore& store, const HistorySource& source, const ScanTree& tree, Date date,
+    std::optional<Snapshot::Volume> volume = std::nullopt)
+{
+    Snapshot snapshot = SnapshotReducer::reduce(tree, { date, volume, nullptr, nullptr });
+    auto encoded = Snapshot::encodeForStore(std::move(snapshot));
+    ASSERT_TRUE(encoded);
+    HistoryStore::SnapshotFiles files;
+    files.date = date;
+    files.total = tree.allocatedSize(NodeID::root());
+    if (volume) {
+        files.volumeTotal = volume->total;
+        files.volumeAvailable = volume->available;
+    }
+    files.current = std::move(encoded->current);
+    files.day = std::move(encoded->day);
+    ASSERT_TRUE(store.save(source, files));
+}
+
+}
