@@ -89,6 +89,19 @@ bool TrayItem::keepsAppRunning() const
 void TrayItem::watchWindow(QObject* window)
 {
     window->installEventFilter(this);
+    if (window->isWidgetType())
+        m_window = static_cast<QWidget*>(window);
+}
+
+// The item going away while the window is hidden would leave the app out of reach: the
+// window comes back then.
+void TrayItem::applyVisibility()
+{
+    bool shown = isShown();
+    if (m_iconShown && !shown && m_window && !m_window->isVisible() && m_actions.openWindow)
+        m_actions.openWindow();
+    m_iconShown = shown;
+    m_icon->setVisible(shown);
 }
 
 bool TrayItem::eventFilter(QObject* watched, QEvent* event)
@@ -137,7 +150,7 @@ void TrayItem::show(std::vector<MenuBarSegment> segments)
     m_icon->setIcon(MenuBarViews::icon(m_segments));
     m_icon->setToolTip(MenuBarViews::toolTip(m_segments));
     rebuildMenu();
-    m_icon->setVisible(isShown());
+    applyVisibility();
 }
 
 QIcon TrayItem::icon() const
@@ -212,7 +225,7 @@ void TrayItem::updateDailyActions()
     if (m_wasRunning && !progress.running)
         refresh();
     m_wasRunning = progress.running;
-    m_icon->setVisible(isShown());
+    applyVisibility();
 }
 
 void TrayItem::notify(const std::string& title, const std::string& body)

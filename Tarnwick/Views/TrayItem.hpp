@@ -6,6 +6,8 @@
 
 #include <QIcon>
 #include <QObject>
+#include <QPointer>
+#include <QWidget>
 #include <QString>
 
 #include <functional>
@@ -79,6 +81,7 @@ private:
     void rebuildMenu();
     void updateDailyActions();
     void deliver(const QString& title, const QString& body);
+    void applyVisibility();
 
     std::shared_ptr<UserDefaults> m_defaults; // shared with the reads off the main thread
     std::string m_historyFolder;
@@ -95,6 +98,8 @@ private:
     std::vector<MenuBarSegment> m_segments;
     int m_refreshing = 0;
     bool m_wasRunning = false;
+    bool m_iconShown = false;
+    QPointer<QWidget> m_window;
     std::pair<QString, QString> m_lastNotification;
 };
 
