@@ -9,6 +9,7 @@
 #include "History/HistoryStore.hpp"
 #include "HistoryRecorder.hpp"
 #include "MainExecutor.hpp"
+#include "Notifier.hpp"
 #include "Platform/LoginItem.hpp"
 #include "Platform/SystemLog.hpp"
 #include "Platform/UserDefaults.hpp"
@@ -68,7 +69,17 @@ int run(const std::vector<std::string>& words)
         if (!store)
             SystemLog::write(SystemLog::Level::error, "history", "couldn't open the history: " + store.error().message());
         HistoryStore* history = store ? store->get() : nullptr;
-        SpaceWatch watch(history, {});
+        SpaceWatch::Options watchOptions;
+        if (desktop) {
+            // Where the tray can show notifications it does; until it exists they are logged.
+            watchOptions.notifier = [&desktop](const std::string& text) {
+                if (Notifier* notifier = desktop->notifier())
+                    notifier->notify("Tarnwick", text);
+                else
+                    SystemLog::write(SystemLog::Level::info, "alerts", text);
+            };
+        }
+        SpaceWatch watch(history, watchOptions);
         std::unique_ptr<HistoryRecorder> recorder;
         if (store) {
             recorder = std::make_unique<HistoryRecorder>(**store, [&watch](const HistorySource& source) { watch.snapshotSaved(source); });

@@ -6,6 +6,8 @@
 
 #include "Platform/UserDefaults.hpp"
 
+#include <atomic>
+
 namespace tarnwick {
 
 namespace {
@@ -20,10 +22,18 @@ public:
     std::unique_ptr<Window> openWindow(AppModel& model, DailyScans* dailyScans) override
     {
         struct OpenWindow final : Window {
+            std::atomic<Notifier*>* notifierSlot = nullptr;
             std::unique_ptr<MainWindow> window;
             std::unique_ptr<TrayItem> tray; // after the window, so it goes first
+            ~OpenWindow() override
+            {
+                // The alert watch may still ask for the tray from its own thread.
+                if (notifierSlot)
+                    notifierSlot->store(nullptr);
+            }
         };
         auto open = std::make_unique<OpenWindow>();
+        open->notifierSlot = &m_notifier;
         MainWindow::Environment environment = MainWindow::Environment::standard();
         environment.dailyScans = dailyScans;
         open->window = std::make_unique<MainWindow>(model, environment);
@@ -46,11 +56,11 @@ public:
         return open;
     }
 
-    Notifier* notifier() override { return m_notifier; }
+    Notifier* notifier() override { return m_notifier.load(); }
 
 private:
     std::unique_ptr<DesktopApp> m_app;
-    Notifier* m_notifier = nullptr;
+    std::atomic<Notifier*> m_notifier { nullptr };
 };
 
 }
