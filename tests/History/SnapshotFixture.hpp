@@ -52,4 +52,13 @@ inline Snapshot afterColorRoundTrip(Snapshot snapshot)
     return snapshot;
 }
 
+// The project folder both sample trees start with: a video, a text and a build archive,
+// with dates spread over the colour groups.
+inline void addSampleProjects(TreeFixture& tree)
+{
+    tree.add(TreeFixture::Item { "Projects/app.mp4", 25'000'123, NodeKind::file, 24'000'000, daysAgo(3), daysAgo(400) });
+    tree.add(TreeFixture::Item { "Projects/notes.txt", 3'000'000, NodeKind::file, std::nullopt, daysAgo(40), daysAgo(40) });
+    tree.add(TreeFixture::Item { "Projects/Build/out.zip", 12'345'678, NodeKind::file, std::nullopt, daysAgo(0), daysAgo(0) });
+}
+
 }

@@ -28,9 +28,7 @@ using Item = TreeFixture::Item;
 std::shared_ptr<const ScanTree> sampleTree()
 {
     TreeFixture tree;
-    tree.add(Item { "Projects/app.mp4", 25'000'123, NodeKind::file, 24'000'000, daysAgo(3), daysAgo(400) });
-    tree.add(Item { "Projects/notes.txt", 3'000'000, NodeKind::file, std::nullopt, daysAgo(40), daysAgo(40) });
-    tree.add(Item { "Projects/Build/out.zip", 12'345'678, NodeKind::file, std::nullopt, daysAgo(0), daysAgo(0) });
+    addSampleProjects(tree);
     tree.add(Item { "Projects/small/big.bin", 9'999'999 });
     tree.add(Item { "Exact/file.bin", 10'000'000 });
     tree.add(Item { "Almost/file.bin", 19'999'999 });

@@ -18,9 +18,7 @@ using Item = TreeFixture::Item;
 std::shared_ptr<const ScanTree> sampleTree()
 {
     TreeFixture tree;
-    tree.add(Item { "Projects/app.mp4", 25'000'123, NodeKind::file, 24'000'000, daysAgo(3), daysAgo(400) });
-    tree.add(Item { "Projects/notes.txt", 3'000'000, NodeKind::file, std::nullopt, daysAgo(40), daysAgo(40) });
-    tree.add(Item { "Projects/Build/out.zip", 12'345'678, NodeKind::file, std::nullopt, daysAgo(0), daysAgo(0) });
+    addSampleProjects(tree);
     tree.add(Item { "Projects/small/big.bin", 9'999'999, NodeKind::file, std::nullopt, daysAgo(800), daysAgo(800) });
     tree.add(Item { ".cache/blob", 15'000'000, NodeKind::file, std::nullopt, daysAgo(10), daysAgo(10) });
     NodeID locked = tree.add("Locked/");
