@@ -14,7 +14,7 @@ packages=(
 )
 # Only needed by the benchmark comparison (gdu to compare with, GNU time for peak memory);
 # missing is not fatal for tests.
-optional=(gdu time)
+optional=(gdu time ccache)
 
 missing=()
 for p in "${packages[@]}"; do
