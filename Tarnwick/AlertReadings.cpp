@@ -1,6 +1,6 @@
 #include "AlertReadings.hpp"
 
-#include "Agent/ByteFormat.hpp"
+#include "Support/ByteFormat.hpp"
 #include "Alerts/AlertCheck.hpp"
 #include "Alerts/AlertTexts.hpp"
 #include "History/HistoryChanges.hpp"

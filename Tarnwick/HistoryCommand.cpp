@@ -2,7 +2,7 @@
 
 #include "Agent/AgentErrorCode.hpp"
 #include "Agent/AgentFormat.hpp"
-#include "Agent/ByteFormat.hpp"
+#include "Support/ByteFormat.hpp"
 #include "AgentPlaces.hpp"
 #include "History/HistoryChanges.hpp"
 #include "History/VolumeTimeline.hpp"

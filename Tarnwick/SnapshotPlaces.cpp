@@ -1,7 +1,7 @@
 #include "SnapshotPlaces.hpp"
 
 #include "Agent/AgentErrorCode.hpp"
-#include "Agent/ByteFormat.hpp"
+#include "Support/ByteFormat.hpp"
 #include "Alerts/AlertPeriods.hpp"
 #include "Platform/UserFolders.hpp"
 #include "Platform/VolumeIdentity.hpp"

@@ -2,7 +2,7 @@
 
 #include "Agent/AgentErrorCode.hpp"
 #include "Agent/AgentFormat.hpp"
-#include "Agent/ByteFormat.hpp"
+#include "Support/ByteFormat.hpp"
 #include "Agent/OutputLimit.hpp"
 #include "Agent/PageFitting.hpp"
 #include "AgentPlaces.hpp"

@@ -1,5 +1,5 @@
 #include "Agent/AgentCommands.hpp"
-#include "Agent/PlatformPhrases.hpp"
+#include "Support/PlatformPhrases.hpp"
 
 namespace tarnwick::AgentCommands {
 

@@ -2,6 +2,7 @@
 
 #include "Agent/JSONValue.hpp"
 #include "Scanning/TreeDate.hpp"
+#include "Support/Phrases.hpp"
 
 #include <functional>
 #include <optional>
@@ -16,11 +17,9 @@ namespace AgentFormat {
 
 // ISO 8601 in UTC ("2026-11-21T06:30:00Z"), or null when unknown.
 JSONValue isoDate(std::optional<Date> date);
-std::string isoDateText(Date date);
-// A size in decimal units, with "≥" when it is only a lower bound.
-std::string size(std::int64_t bytes, bool lowerBound = false);
-// A share as a whole percentage, "<1 %" for small non-zero shares.
-std::string percent(double share);
+using Phrases::isoDateText;
+using Phrases::percent;
+using Phrases::size;
 
 // Lists shrink until the answer fits 8 KB: make(n) builds the answer with the first n of
 // count items. Returns the largest fitting answer, or none when not even the shortest fits.

@@ -1,6 +1,6 @@
 #include "Agent/AgentHelp.hpp"
 
-#include "Agent/PlatformPhrases.hpp"
+#include "Support/PlatformPhrases.hpp"
 
 #include <algorithm>
 #include <vector>

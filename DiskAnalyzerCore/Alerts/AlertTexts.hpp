@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Agent/PlatformPhrases.hpp"
+#include "Support/PlatformPhrases.hpp"
 
 #include <string>
 #include <string_view>

@@ -1,6 +1,6 @@
 #include "History/HistoryTexts.hpp"
 
-#include "Agent/ByteFormat.hpp"
+#include "Support/ByteFormat.hpp"
 
 namespace tarnwick::HistoryTexts {
 

@@ -1,6 +1,6 @@
 #include "History/SpaceForecast.hpp"
 
-#include "Agent/ByteFormat.hpp"
+#include "Support/ByteFormat.hpp"
 #include "History/HistoryTexts.hpp"
 
 #include <algorithm>

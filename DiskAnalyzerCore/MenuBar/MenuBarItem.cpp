@@ -1,7 +1,7 @@
 #include "MenuBar/MenuBarItem.hpp"
 
-#include "Agent/AgentFormat.hpp"
-#include "Agent/ByteFormat.hpp"
+#include "Support/Phrases.hpp"
+#include "Support/ByteFormat.hpp"
 #include "MenuBar/MenuBarTexts.hpp"
 
 #include <algorithm>
@@ -129,7 +129,7 @@ std::vector<MenuBarSegment> segments(std::span<const MenuBarDisk> disks, const M
 
 std::string freeShareText(double share)
 {
-    return AgentFormat::percent(share);
+    return Phrases::percent(share);
 }
 
 std::string changeText(std::int64_t change, bool uncertain)

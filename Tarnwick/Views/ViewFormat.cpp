@@ -1,6 +1,6 @@
 #include "ViewFormat.hpp"
 
-#include "Agent/AgentFormat.hpp"
+#include "Support/Phrases.hpp"
 #include "Classification/ContentClassifier.hpp"
 #include "Scanning/ScanTree.hpp"
 #include "Scanning/ScopeResolver.hpp"
@@ -13,7 +13,7 @@ namespace tarnwick::ViewFormat {
 
 QString size(std::int64_t bytes, bool lowerBound)
 {
-    return QString::fromStdString(AgentFormat::size(bytes, lowerBound));
+    return QString::fromStdString(Phrases::size(bytes, lowerBound));
 }
 
 QString size(const ScanTree& tree, NodeID node)
@@ -23,7 +23,7 @@ QString size(const ScanTree& tree, NodeID node)
 
 QString percent(double share)
 {
-    return QString::fromStdString(AgentFormat::percent(share));
+    return QString::fromStdString(Phrases::percent(share));
 }
 
 QString change(std::int64_t bytes, bool uncertain)

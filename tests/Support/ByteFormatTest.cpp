@@ -1,4 +1,4 @@
-#include "Agent/ByteFormat.hpp"
+#include "Support/ByteFormat.hpp"
 
 #include <gtest/gtest.h>
 
