@@ -141,6 +141,7 @@ JSONValue::Object diskJSON(const DiskFacts& facts, const Calendar& calendar)
         { "disk_image", facts.disk.isDiskImage },
         { "capacity_bytes", facts.space ? JSONValue(facts.space->total) : JSONValue() },
         { "available_bytes", facts.space ? JSONValue(facts.space->available) : JSONValue() },
+        { "reserved_bytes", facts.space ? JSONValue(facts.space->reserved) : JSONValue() },
         { "access", std::string(accessWord(facts.access)) },
         { "snapshot_days", facts.snapshotDays },
         { "latest_snapshot", AgentFormat::isoDate(facts.latestSnapshot) },
@@ -156,7 +157,8 @@ std::string diskText(const DiskFacts& facts, const Calendar& calendar)
 {
     const MountInfo& mount = facts.disk.mount;
     std::string text = mount.mountPoint + " (" + mount.fileSystemType + " on " + mount.deviceName + (facts.disk.isDiskImage ? ", a disk image" : "") + "): ";
-    text += facts.space ? ByteFormat::format(facts.space->total) + ", " + ByteFormat::format(facts.space->available) + " available. "
+    text += facts.space ? ByteFormat::format(facts.space->total) + ", " + ByteFormat::format(facts.space->available)
+            + " available. Reserved for the system: " + ByteFormat::format(facts.space->reserved) + ". "
                         : "capacity unknown. ";
     text += std::string(accessText(facts.access));
     if (facts.snapshotDays > 0)

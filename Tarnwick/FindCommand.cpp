@@ -2,6 +2,7 @@
 
 #include "Agent/AgentErrorCode.hpp"
 #include "Agent/AgentFormat.hpp"
+#include "TreeQueries/HardLinkNote.hpp"
 #include "Agent/OutputLimit.hpp"
 #include "AgentPlaces.hpp"
 #include "Scanning/ScopeResolver.hpp"
@@ -36,15 +37,19 @@ AgentResult pageAnswer(const Page& page, std::size_t shown)
     std::size_t end = std::min(page.found.items.size(), page.start + shown);
     JSONValue::Array items;
     std::string text = std::to_string(page.found.matchCount) + " items below " + page.below + " match, "
-        + AgentFormat::size(page.found.matchedBytes) + " in all.";
+        + AgentFormat::size(page.found.matchedBytes, page.found.matchedIncomplete) + " in all.";
     for (std::size_t i = page.start; i < end; ++i) {
         NodeID node = page.found.items[i].node;
         bool lowerBound = page.tree.isIncomplete(node);
         std::string path = ScopeResolver::displayPath(page.tree.path(node));
+        std::optional<std::string> countedAt = HardLinkNote::countedAt(page.tree, node);
         items.push_back(JSONValue::Object { { "path", path }, { "size_bytes", page.tree.allocatedSize(node) },
             { "logical_bytes", page.tree.logicalSize(node) }, { "incomplete", lowerBound },
-            { "last_change_inside", AgentFormat::isoDate(page.tree.lastChangeInside(node)) } });
+            { "last_change_inside", AgentFormat::isoDate(page.tree.lastChangeInside(node)) },
+            { "hard_link_counted_at", countedAt ? JSONValue(*countedAt) : JSONValue() } });
         text += "\n" + AgentFormat::size(page.tree.allocatedSize(node), lowerBound) + "  " + path;
+        if (auto note = HardLinkNote::text(page.tree, node))
+            text += "  (" + *note + ")";
     }
     bool more = static_cast<std::int64_t>(end) < page.found.matchCount;
     JSONValue cursor = more ? JSONValue(std::to_string(end)) : JSONValue();
@@ -52,6 +57,7 @@ AgentResult pageAnswer(const Page& page, std::size_t shown)
         text += "\nMore with --cursor " + std::to_string(end) + ".";
     return AgentResult::success(text,
         JSONValue(JSONValue::Object { { "path", page.below }, { "match_count", page.found.matchCount }, { "matched_bytes", page.found.matchedBytes },
+            { "incomplete", page.found.matchedIncomplete },
             { "items", items }, { "next_cursor", cursor } }));
 }
 

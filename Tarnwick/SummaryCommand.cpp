@@ -5,11 +5,13 @@
 #include "Agent/OutputLimit.hpp"
 #include "AgentPlaces.hpp"
 #include "Classification/ContentCategory.hpp"
+#include "Geometry/VolumeCapacity.hpp"
+#include "Platform/VolumeIdentity.hpp"
 #include "Scanning/NodeStatus.hpp"
 #include "Scanning/ScopeResolver.hpp"
 #include "TreeQueries/FolderSummary.hpp"
+#include "TreeQueries/HardLinkNote.hpp"
 
-#include <sys/statvfs.h>
 
 namespace tarnwick::AppCommands {
 
@@ -57,6 +59,7 @@ JSONValue::Object itemJSON(const ScanTree& tree, const FolderSummary::Entry& ent
         { "status", statusValue(tree, entry.node) },
         { "last_change_inside", AgentFormat::isoDate(tree.lastChangeInside(entry.node)) },
         { "oldest_item", AgentFormat::isoDate(tree.oldestItem(entry.node)) },
+        { "hard_link_counted_at", [&] { auto at = HardLinkNote::countedAt(tree, entry.node); return at ? JSONValue(*at) : JSONValue(); }() },
     };
 }
 
@@ -89,21 +92,22 @@ void addDiskFacts(const ScanTree& tree, const AppModel& model, std::string& text
 {
     json["capacity_bytes"] = JSONValue();
     json["available_bytes"] = JSONValue();
+    json["reserved_bytes"] = JSONValue();
     json["unaccounted_bytes"] = JSONValue();
     if (model.result()->scope.kind == SourceKind::folder)
         return;
-    struct statvfs info;
-    if (statvfs(tree.rootPath().c_str(), &info) != 0)
+    std::optional<VolumeIdentity::Space> space = VolumeIdentity::space(tree.rootPath());
+    if (!space)
         return;
-    auto capacity = static_cast<std::int64_t>(info.f_blocks) * static_cast<std::int64_t>(info.f_frsize);
-    auto available = static_cast<std::int64_t>(info.f_bavail) * static_cast<std::int64_t>(info.f_frsize);
-    auto used = capacity - static_cast<std::int64_t>(info.f_bfree) * static_cast<std::int64_t>(info.f_frsize);
-    std::int64_t unaccounted = std::max<std::int64_t>(0, used - tree.allocatedSize(NodeID::root()));
-    json["capacity_bytes"] = capacity;
-    json["available_bytes"] = available;
+    VolumeCapacity capacity { space->total, space->available, space->reserved };
+    std::int64_t unaccounted = capacity.unaccounted(tree.allocatedSize(NodeID::root()));
+    json["capacity_bytes"] = capacity.total;
+    json["available_bytes"] = capacity.available;
+    json["reserved_bytes"] = capacity.reserved;
     json["unaccounted_bytes"] = unaccounted;
-    text += "\nDisk: " + AgentFormat::size(capacity) + ", " + AgentFormat::size(available) + " available; "
-        + AgentFormat::size(unaccounted) + " used that the scan doesn't account for.";
+    text += "\nDisk: " + AgentFormat::size(capacity.total) + ", " + AgentFormat::size(capacity.available) + " available; "
+        + AgentFormat::size(unaccounted) + " used that the scan doesn't account for. Reserved for the system: "
+        + AgentFormat::size(capacity.reserved) + ".";
 }
 
 AgentResult summaryAnswer(const AppModel& model, NodeID folder, int limit, bool shrunk)
@@ -137,9 +141,10 @@ AgentResult summaryAnswer(const AppModel& model, NodeID folder, int limit, bool 
     for (const FolderSummary::Entry& entry : summary.entries) {
         items.push_back(itemJSON(tree, entry));
         auto status = NodeStatus::word(tree, entry.node);
+        auto note = HardLinkNote::text(tree, entry.node);
         text += "\n" + std::to_string(++rank) + ". " + entry.name + (isContainer(entry.kind) ? "/" : "") + "  "
             + AgentFormat::size(entry.allocated, entry.incomplete) + "  " + AgentFormat::percent(entry.share)
-            + (status ? "  (" + std::string(*status) + ")" : "");
+            + (status ? "  (" + std::string(*status) + ")" : "") + (note ? "  (" + *note + ")" : "");
     }
     json["items"] = items;
     json["other_items"] = JSONValue::Object { { "count", static_cast<std::int64_t>(summary.otherCount) }, { "size_bytes", summary.otherAllocated } };

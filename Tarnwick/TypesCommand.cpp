@@ -92,19 +92,21 @@ struct Page {
 AgentResult groupPage(const TypesSource& source, ColorMode mode, const Page& page, std::size_t shown, std::size_t places)
 {
     std::int64_t total = source.tree->allocatedSize(source.place);
+    // Unread parts of the place may hold bytes of any group.
+    const bool lowerBound = source.tree->isIncomplete(source.place);
     std::string text = headerText(source, mode);
     JSONValue::Array groups;
     for (std::size_t i = page.first; i < page.first + shown; ++i) {
         const TypeGroups::Group& group = page.groups[i];
         double share = total > 0 ? static_cast<double>(group.bytes) / static_cast<double>(total) : 0;
-        text += "\n" + std::to_string(i + 1) + ". " + group.label + "  " + ByteFormat::format(group.bytes) + "  " + AgentFormat::percent(share);
+        text += "\n" + std::to_string(i + 1) + ". " + group.label + "  " + AgentFormat::size(group.bytes, lowerBound) + "  " + AgentFormat::percent(share);
         JSONValue::Array list;
         for (std::size_t p = 0; p < std::min(places, group.places.size()); ++p) {
             list.push_back(JSONValue::Object { { "path", group.places[p].path }, { "size_bytes", group.places[p].bytes } });
             text += "\n     " + ByteFormat::format(group.places[p].bytes) + "  " + group.places[p].path;
         }
-        JSONValue::Object entry { { "key", group.key }, { "label", group.label }, { "size_bytes", group.bytes }, { "share", share },
-            { "places", list } };
+        JSONValue::Object entry { { "key", group.key }, { "label", group.label }, { "size_bytes", group.bytes }, { "incomplete", lowerBound },
+            { "share", share }, { "places", list } };
         if (!group.apps.empty()) {
             JSONValue::Array apps;
             std::string names;
@@ -154,14 +156,14 @@ std::string ratioText(const std::optional<double>& ratio)
 JSONValue::Object ratioJSON(const TypeGroups::Ratio& ratio)
 {
     return JSONValue::Object { { "path", ratio.path }, { "size_bytes", ratio.allocated }, { "logical_bytes", ratio.logical },
-        { "ratio", ratio.ratio ? JSONValue(*ratio.ratio) : JSONValue() } };
+        { "incomplete", ratio.allocatedIncomplete || ratio.logicalIncomplete }, { "ratio", ratio.ratio ? JSONValue(*ratio.ratio) : JSONValue() } };
 }
 
 AgentResult ratioAnswer(const TypesSource& source, const TypeGroups::Extremes& extremes, std::size_t asked, std::size_t shown)
 {
     const TypeGroups::Ratio& place = extremes.place;
-    std::string text = place.path + ", on disk / size: " + ratioText(place.ratio) + " (" + ByteFormat::format(place.allocated) + " on disk, "
-        + ByteFormat::format(place.logical) + " logical), " + sourceText(source) + ".";
+    std::string text = place.path + ", on disk / size: " + ratioText(place.ratio) + " (" + AgentFormat::size(place.allocated, place.allocatedIncomplete)
+        + " on disk, " + AgentFormat::size(place.logical, place.logicalIncomplete) + " logical), " + sourceText(source) + ".";
     if (!place.ratio)
         text += "\nThe ratio is unknown: a size here is unknown or incomplete.";
     JSONValue::Object json = header(source, ColorMode::onDiskVsSize);
@@ -174,8 +176,9 @@ AgentResult ratioAnswer(const TypesSource& source, const TypeGroups::Extremes& e
             text += std::string("\n") + title;
         for (std::size_t i = 0; i < count; ++i) {
             array.push_back(ratioJSON(extremes[i]));
-            text += "\n  " + ratioText(extremes[i].ratio) + "  " + extremes[i].path + "  (" + ByteFormat::format(extremes[i].allocated)
-                + " on disk, " + ByteFormat::format(extremes[i].logical) + ")";
+            text += "\n  " + ratioText(extremes[i].ratio) + "  " + extremes[i].path + "  ("
+                + AgentFormat::size(extremes[i].allocated, extremes[i].allocatedIncomplete) + " on disk, "
+                + AgentFormat::size(extremes[i].logical, extremes[i].logicalIncomplete) + ")";
         }
         return array;
     };

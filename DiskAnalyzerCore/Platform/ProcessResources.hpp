@@ -1,14 +1,15 @@
 #pragma once
 
-#include "Scanning/ScanPriority.hpp"
+#include "Platform/ScanPriority.hpp"
 
 #include <cstdint>
 #include <string_view>
 
 namespace tarnwick::ProcessResources {
 
-// Raises the soft open-file limit to the smaller of the hard limit and 10240, for deep trees.
-void raiseOpenFileLimit();
+// Raises the soft open-file limit to the smaller of the hard limit and 10240, and returns the
+// soft limit then in force.
+int raiseOpenFileLimit();
 // Names the calling thread (cut to the system's 15-byte limit) and, for background
 // scans, lowers its processor and I/O priority.
 void prepareScanThread(std::string_view name, ScanPriority priority);

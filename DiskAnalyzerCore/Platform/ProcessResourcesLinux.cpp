@@ -17,16 +17,19 @@ constexpr int ioprioClassShift = 13;
 
 }
 
-void raiseOpenFileLimit()
+int raiseOpenFileLimit()
 {
     struct rlimit limit;
     if (getrlimit(RLIMIT_NOFILE, &limit) != 0)
-        return;
+        return 1024;
     rlim_t wanted = std::min<rlim_t>(limit.rlim_max, 10240);
     if (limit.rlim_cur < wanted) {
-        limit.rlim_cur = wanted;
-        setrlimit(RLIMIT_NOFILE, &limit);
+        struct rlimit raised = limit;
+        raised.rlim_cur = wanted;
+        if (setrlimit(RLIMIT_NOFILE, &raised) == 0)
+            limit = raised;
     }
+    return static_cast<int>(std::min<rlim_t>(limit.rlim_cur, 1 << 30));
 }
 
 void prepareScanThread(std::string_view name, ScanPriority priority)

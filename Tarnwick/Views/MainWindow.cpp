@@ -292,7 +292,7 @@ std::optional<VolumeCapacity> MainWindow::capacityOf(const std::shared_ptr<const
     // Free and unaccounted space belong on the map only when a whole disk is shown.
     if (result && result->tree == tree && result->scope.kind != SourceKind::folder) {
         if (auto space = VolumeIdentity::space(result->scope.scanRoot))
-            m_capacity = VolumeCapacity { space->total, space->available };
+            m_capacity = VolumeCapacity { space->total, space->available, space->reserved };
     }
     return m_capacity;
 }
@@ -344,7 +344,7 @@ void MainWindow::showScan()
     std::optional<VolumeCapacity> capacity;
     if (running.scope.kind != SourceKind::folder) {
         if (auto space = VolumeIdentity::space(running.scope.scanRoot))
-            capacity = VolumeCapacity { space->total, space->available };
+            capacity = VolumeCapacity { space->total, space->available, space->reserved };
     }
     QString root = QString::fromStdString(ScopeResolver::displayPath(running.scope.scanRoot));
     const ScanTree* resultTree = m_model.result() ? m_model.result()->tree.get() : nullptr;

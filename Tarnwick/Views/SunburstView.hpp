@@ -100,6 +100,8 @@ protected:
     bool event(QEvent* event) override;
 
 private:
+    // The title of a piece of the disk that is no item of the tree (free, reserved, unfound).
+    static std::optional<QString> capacityTitle(const SunburstSector& sector);
     struct LayoutKey {
         const ScanTree* tree = nullptr;
         NodeID root;

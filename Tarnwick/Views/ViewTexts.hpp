@@ -48,6 +48,7 @@ inline const QString scanningCenter = QStringLiteral("Scanning…");
 inline const QString scanning = QStringLiteral("Scanning");
 inline const QString available = QStringLiteral("Free space");
 inline const QString unaccounted = QStringLiteral("Used, not found by the scan");
+inline const QString reserved = QStringLiteral("Reserved for the system");
 inline const QString smallObjects = QStringLiteral("Smaller items");
 inline QString smallObjectsCount(const QString& count)
 {

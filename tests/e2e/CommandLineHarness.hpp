@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -36,11 +37,12 @@ protected:
     }
     void TearDown() override { stopApps(); }
 
-    ProcessRun tarnwick(const std::string& arguments)
+    // launcher runs the tool (and so the app it starts), e.g. "prlimit --nofile=128:128 --".
+    ProcessRun tarnwick(const std::string& arguments, const std::string& launcher = "")
     {
         ProcessRun run;
         std::string errFile = m_home / "stderr.txt";
-        std::string command = "env " + m_environment + " " + TARNWICK_EXECUTABLE + " " + arguments + " 2>'" + errFile + "'";
+        std::string command = "env " + m_environment + " " + launcher + " " + TARNWICK_EXECUTABLE + " " + arguments + " 2>'" + errFile + "'";
         FILE* pipe = popen(command.c_str(), "r");
         std::array<char, 4096> buffer;
         while (std::size_t n = fread(buffer.data(), 1, buffer.size(), pipe))
@@ -99,16 +101,27 @@ struct Totals {
     std::int64_t logical = 0;
 };
 
+// As du counts: the folder's own blocks and those of every folder below, every file once
+// however many names it has; logical sizes are the files' contents.
 inline Totals lstatTotals(const std::string& root)
 {
     Totals totals;
+    std::set<std::pair<dev_t, ino_t>> seen;
+    struct stat info;
+    if (lstat(root.c_str(), &info) != 0)
+        return totals;
+    totals.allocated = info.st_blocks * 512;
+    if (!S_ISDIR(info.st_mode)) {
+        totals.logical = info.st_size;
+        return totals;
+    }
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
-        struct stat info;
         lstat(entry.path().c_str(), &info);
-        if (!S_ISDIR(info.st_mode)) {
-            totals.allocated += info.st_blocks * 512;
+        if (!seen.insert({ info.st_dev, info.st_ino }).second)
+            continue;
+        totals.allocated += info.st_blocks * 512;
+        if (!S_ISDIR(info.st_mode))
             totals.logical += info.st_size;
-        }
     }
     return totals;
 }

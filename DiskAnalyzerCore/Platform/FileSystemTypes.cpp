@@ -1,4 +1,4 @@
-#include "Scanning/FileSystemTypes.hpp"
+#include "Platform/FileSystemTypes.hpp"
 
 #include <algorithm>
 #include <array>
