@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
+#include <thread>
+#include <unistd.h>
 #include <cstdio>
 #include <sys/resource.h>
 
@@ -126,4 +129,38 @@ TEST_F(ScanAtScale, TheSameNameCarriesAHardLinkedFileInEveryScan)
     EXPECT_EQ(first.at("links/same/two"), "links/same/one");
     EXPECT_EQ(first.at("links/across/same-as-flat"), "flat/f0/file-0.dat");
     EXPECT_EQ(carriers(FileScanner::Workers::fixed(16)), first);
+}
+
+TEST(WholeSystemScan, NoFolderIsLostToADescriptorShortage)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root reads the whole system";
+    // As on a desktop, whose soft limit is 1024; bounded in time, stopped if it runs long.
+    GTEST_FLAG_SET(death_test_style, "fast");
+    EXPECT_EXIT(
+        {
+            struct rlimit limit;
+            getrlimit(RLIMIT_NOFILE, &limit);
+            limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, 1024);
+            setrlimit(RLIMIT_NOFILE, &limit);
+            FileScanner::Options options;
+            options.root = "/";
+            FileScanner scanner(options);
+            std::thread watchdog([&scanner] {
+                std::this_thread::sleep_for(std::chrono::seconds(50));
+                scanner.cancel();
+            });
+            watchdog.detach();
+            ScanOutcome outcome = scanner.scan();
+            int shortages = 0;
+            for (const ScanIssue& issue : outcome.tree->issues()) {
+                if (issue.code == EMFILE || issue.code == ENFILE) {
+                    if (++shortages <= 5)
+                        std::fprintf(stderr, "%s: %d\n", outcome.tree->path(issue.node).c_str(), issue.code);
+                }
+            }
+            std::fprintf(stderr, "%d items, %zu issues\n", outcome.tree->count(), outcome.tree->issues().size());
+            std::_Exit(shortages == 0 && outcome.tree->count() > 1000 ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
 }
