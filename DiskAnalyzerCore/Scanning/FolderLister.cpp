@@ -147,6 +147,9 @@ void FolderLister::list(DirectoryTask task)
 void FolderLister::parseBatch(int descriptor, std::size_t bytes, const DirectoryTask& task, DirectoryListing& listing)
 {
     std::optional<bool> inHomeFolder;
+    // A raw entry takes at least 24 bytes and holds its name: room for the batch at once.
+    listing.entries.reserve(listing.entries.size() + bytes / 24);
+    listing.names.reserve(listing.names.size() + bytes);
     DirectoryStream::forEachName(std::span<const std::byte>(m_buffer.get(), bytes), [&](const char* rawName) {
         ListedEntry entry = entryFrom(DirectoryStream::describe(descriptor, rawName, task.device));
         std::string_view name(rawName);

@@ -294,22 +294,43 @@ std::shared_ptr<const ScanTree> TreeBuilder::finalize(std::string rootPath, Scan
         for (std::size_t i = 1; i < n; ++i)
             ordered[static_cast<std::size_t>(next[static_cast<std::size_t>(m_parents[i])]++)] = NodeID { static_cast<std::int32_t>(i) };
     }
-    const auto& allocated = m_allocated;
-    const auto& names = m_names;
-    auto displayOrder = [&](NodeID a, NodeID b) {
-        std::int64_t sa = allocated[a.index()], sb = allocated[b.index()];
-        if (sa != sb)
-            return sa > sb;
-        int byName = names[a.index()].compare(names[b.index()]);
+    // Display order: larger first, then by name in byte order, then by number. The first
+    // eight bytes of each name ride along in the sort key, so most ties between equal sizes
+    // are settled without looking the names up.
+    struct SortKey {
+        std::int64_t size;
+        std::uint64_t prefix;
+        NodeID node;
+    };
+    auto prefixOf = [this](NodeID node) {
+        std::string_view name = m_names[node.index()];
+        std::uint64_t prefix = 0;
+        for (std::size_t b = 0; b < 8; ++b)
+            prefix = (prefix << 8) | (b < name.size() ? static_cast<unsigned char>(name[b]) : 0u);
+        return prefix;
+    };
+    auto displayOrder = [this](const SortKey& a, const SortKey& b) {
+        if (a.size != b.size)
+            return a.size > b.size;
+        if (a.prefix != b.prefix)
+            return a.prefix < b.prefix;
+        int byName = m_names[a.node.index()].compare(m_names[b.node.index()]);
         if (byName != 0)
             return byName < 0;
-        return a.value < b.value;
+        return a.node.value < b.node.value;
     };
+    std::vector<SortKey> keys;
     for (std::size_t i = 0; i < n; ++i) {
         auto first = ordered.begin() + childStart[i];
         auto last = ordered.begin() + childStart[i + 1];
-        if (last - first > 1)
-            std::sort(first, last, displayOrder);
+        if (last - first < 2)
+            continue;
+        keys.clear();
+        for (auto child = first; child != last; ++child)
+            keys.push_back(SortKey { m_allocated[child->index()], prefixOf(*child), *child });
+        std::sort(keys.begin(), keys.end(), displayOrder);
+        for (const SortKey& key : keys)
+            *first++ = key.node;
     }
 
     tree->m_issues = std::move(m_issues);
