@@ -30,9 +30,11 @@
 #include <QAction>
 #include <QComboBox>
 #include <QFileDialog>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
@@ -94,7 +96,11 @@ MainWindow::MainWindow(AppModel& model, Environment environment, QWidget* parent
     , m_unreadable(new QPushButton())
 {
     setWindowTitle(ViewTexts::appName);
-    resize(1280, 800);
+    // 1280 x 800 where the screen has room, else what it has.
+    QSize size(1280, 800);
+    if (const QScreen* screen = QGuiApplication::primaryScreen())
+        size = size.boundedTo(screen->availableSize());
+    resize(size);
     buildToolbar();
 
     m_pages->addWidget(m_start);
