@@ -143,6 +143,13 @@ ListPane::ListPane(QWidget* parent)
     connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this, &ListPane::selectionChanged);
     connect(m_table, &QTableView::activated, this, &ListPane::activated);
     connect(m_table, &QTableView::doubleClicked, this, &ListPane::activated);
+    m_table->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_table, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) {
+        QModelIndex index = m_table->indexAt(at);
+        int node = index.isValid() ? index.data(FolderListModel::nodeRole).toInt() : -1;
+        if (node >= 0 && m_interactive)
+            Q_EMIT itemMenuRequested(NodeID { node }, m_table->viewport()->mapToGlobal(at));
+    });
 }
 
 void ListPane::showFolder(std::shared_ptr<const ScanTree> tree, NodeID folder)

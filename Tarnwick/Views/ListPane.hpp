@@ -41,6 +41,8 @@ public:
 Q_SIGNALS:
     void nodeSelected(std::optional<tarnwick::NodeID> node);
     void folderOpened(tarnwick::NodeID folder);
+    // A right click on an item's row, at a point of the screen.
+    void itemMenuRequested(tarnwick::NodeID node, const QPoint& at);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
