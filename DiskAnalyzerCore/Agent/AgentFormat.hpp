@@ -25,6 +25,11 @@ using Phrases::size;
 // count items. Returns the largest fitting answer, or none when not even the shortest fits.
 std::optional<AgentResult> largestFitting(int count, const std::function<AgentResult(int shown)>& make);
 
+// The last guard of the 8 KB limit, for every answer on its way out: result as it is when it
+// fits, otherwise OUTPUT_TOO_LARGE (a failure's own message shortened in the middle first,
+// so that its code and both ends of it still arrive).
+AgentResult withinLimit(AgentResult result);
+
 }
 
 }
