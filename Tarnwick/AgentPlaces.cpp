@@ -5,6 +5,7 @@
 #include "Scanning/ScopeResolver.hpp"
 
 #include <cstdlib>
+#include <sys/stat.h>
 
 namespace tarnwick::AgentPlaces {
 
@@ -20,22 +21,43 @@ std::expected<std::string, AgentResult> expand(const std::string& argument)
     return ScopeResolver::standardizedPath(path);
 }
 
+std::expected<ScanView, AgentResult> scanView(const AppModel& model)
+{
+    if (const auto& result = model.result())
+        return ScanView { result->tree, result->content, result->scope, model.openFolder(), false };
+    if (const auto& running = model.runningScan()) {
+        if (auto preview = running->scanner->progress()->latestPreview(); preview && preview->tree)
+            return ScanView { preview->tree, nullptr, running->scope, NodeID::root(), true };
+    }
+    return std::unexpected(AgentResult::failure(AgentErrorCode::notScanned, AgentMessages::nothingScanned));
+}
+
 std::expected<NodeID, AgentResult> scannedNode(const AppModel& model, const std::optional<std::string>& argument)
 {
-    const auto& result = model.result();
-    if (!result)
-        return std::unexpected(AgentResult::failure(AgentErrorCode::notScanned, AgentMessages::nothingScanned));
+    auto view = scanView(model);
+    if (!view)
+        return std::unexpected(view.error());
+    return scannedNode(*view, argument);
+}
+
+std::expected<NodeID, AgentResult> scannedNode(const ScanView& view, const std::optional<std::string>& argument)
+{
     if (!argument)
-        return model.openFolder();
+        return view.openFolder;
     auto path = expand(*argument);
     if (!path)
         return std::unexpected(path.error());
-    const ScanTree& tree = *result->tree;
+    const ScanTree& tree = *view.tree;
     std::string real = ScopeResolver::realPath(*path);
     for (const std::string& candidate : { *path, real }) {
         if (auto node = tree.node(candidate))
             return *node;
     }
+    struct stat status;
+    if (::lstat(path->c_str(), &status) != 0)
+        return std::unexpected(AgentResult::failure(AgentErrorCode::invalidPath, AgentMessages::noSuchPlace(*path)));
+    if (view.stillScanning)
+        return std::unexpected(AgentResult::failure(AgentErrorCode::notScanned, AgentMessages::notFoundYet(*path, tree.rootPath())));
     return std::unexpected(AgentResult::failure(AgentErrorCode::notScanned, AgentMessages::notInScan(*path, tree.rootPath())));
 }
 
