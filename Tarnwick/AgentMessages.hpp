@@ -2,6 +2,9 @@
 
 #include "Agent/EchoedText.hpp"
 
+#include <pwd.h>
+#include <sys/stat.h>
+
 #include <string>
 #include <string_view>
 
@@ -29,10 +32,21 @@ inline std::string noSuchPlace(const std::string& path)
 {
     return EchoedText::shown(path) + " doesn't exist.";
 }
-inline std::string noAccess(const std::string& path, const std::string& tool)
+inline std::string notAFolder(const std::string& path)
 {
-    return "Tarnwick may not read " + EchoedText::shown(path) + ". Run " + tool + " --open '" + EchoedText::shown(path)
-        + "', which opens it in Tarnwick and starts the scan.";
+    return EchoedText::shown(path) + " is a file. A scan starts at a folder or a disk: scan the folder that holds it, then show the file.";
+}
+// A POSIX permission denial: no window of Tarnwick's can grant it, only the owner (or
+// running as a user who has it) can.
+inline std::string noPermission(const std::string& path, const std::string& missing, const struct stat* status)
+{
+    std::string owner;
+    if (status != nullptr) {
+        const passwd* entry = ::getpwuid(status->st_uid);
+        owner = " (owned by " + (entry ? std::string(entry->pw_name) : "user " + std::to_string(status->st_uid)) + ")";
+    }
+    return "This user lacks " + missing + ", so Tarnwick may not read " + EchoedText::shown(path) + owner
+        + ". Ask its owner to allow it, or scan it as a user who may read it (such as with sudo).";
 }
 
 }

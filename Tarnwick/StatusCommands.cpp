@@ -2,13 +2,12 @@
 
 #include "Agent/AgentErrorCode.hpp"
 #include "Agent/AgentFormat.hpp"
-#include "Agent/ToolName.hpp"
+#include "Agent/EchoedText.hpp"
 #include "AgentMessages.hpp"
 #include "AgentPlaces.hpp"
 #include "Classification/ColorMode.hpp"
 #include "Scanning/ScopeResolver.hpp"
 
-#include <unistd.h>
 
 namespace tarnwick::AppCommands {
 
@@ -95,18 +94,21 @@ AgentResult scan(AppModel& model, const AgentCommands::Request& request)
     if (const auto& result = model.result(); result && !model.runningScan()) {
         if (auto node = result->tree->node(ScopeResolver::realPath(*path)); node && isContainer(result->tree->kind(*node))) {
             model.open(*node);
-            return AgentResult::success("Opened " + *path + " in the existing scan. Run summary for its contents.",
-                JSONValue(JSONValue::Object { { "path", *path }, { "scan_started", false }, { "opened", true } }));
+            return AgentResult::success("Opened " + EchoedText::shown(*path) + " in the existing scan. Run summary for its contents.",
+                JSONValue(JSONValue::Object { { "path", EchoedText::shortened(*path) }, { "scan_started", false }, { "opened", true } }));
         }
     }
+    if (std::optional<AgentResult> refused = AgentPlaces::unscannable(*path))
+        return *refused;
     auto scope = ScopeResolver::resolve(*path);
-    if (!scope)
-        return AgentResult::failure(AgentErrorCode::invalidPath, std::string(scope.error().title()) + ". " + scope.error().detail());
-    if (access(scope->scanRoot.c_str(), R_OK | X_OK) != 0)
-        return AgentResult::failure(AgentErrorCode::noAccess, AgentMessages::noAccess(*path, ToolName::current("tarnwick")));
+    if (!scope) {
+        return AgentResult::failure(AgentErrorCode::invalidPath,
+            EchoedText::shown(*path) + ": " + std::string(scope.error().title()) + ". " + scope.error().detail());
+    }
     model.scan(*scope);
-    return AgentResult::success("Scanning " + ScopeResolver::displayPath(scope->scanRoot) + ". Run wait, then summary.",
-        JSONValue(JSONValue::Object { { "path", ScopeResolver::displayPath(scope->scanRoot) }, { "scan_started", true }, { "opened", false } }));
+    std::string root = ScopeResolver::displayPath(scope->scanRoot);
+    return AgentResult::success("Scanning " + EchoedText::shown(root) + ". Run wait, then summary.",
+        JSONValue(JSONValue::Object { { "path", EchoedText::shortened(root) }, { "scan_started", true }, { "opened", false } }));
 }
 
 AgentResult rescan(AppModel& model)
