@@ -39,7 +39,7 @@ struct Page {
 
 std::string itemsPhrase(std::int64_t count)
 {
-    return std::to_string(count) + (count == 1 ? " item" : " items");
+    return AgentFormat::counted(count, "item", "items");
 }
 
 AgentResult pageAnswer(const Page& page, std::size_t shown, bool shrunk)

@@ -189,7 +189,7 @@ std::string headline(const SummaryInput& input, const FolderSummary& summary, co
     std::int64_t inAll = static_cast<std::int64_t>(tree.count() - 1);
     std::string text = EchoedText::shown(path) + ": " + AgentFormat::size(summary.allocated, lowerBound) + " on disk, "
         + AgentFormat::size(summary.logical, lowerBound || tree.flags(input.folder).contains(NodeFlag::logicalIncomplete)) + " logical, "
-        + std::to_string(summary.childCount) + (summary.childCount == 1 ? " item" : " items") + " inside"
+        + AgentFormat::counted(static_cast<std::int64_t>(summary.childCount), "item", "items") + " inside"
         + (input.folder == NodeID::root() ? ", " + std::to_string(inAll) + " in all." : ".");
     if (input.view.stillScanning)
         text += "\nThe scan is still running: these are what it has found so far, and sizes are lower bounds (≥). Run wait for the full answer.";
@@ -214,6 +214,7 @@ AgentResult summaryAnswer(const SummaryInput& input, int limit, bool shrunk)
         { "incomplete", summary.incomplete || view.stillScanning },
         { "still_scanning", view.stillScanning },
         { "item_count", static_cast<std::int64_t>(summary.childCount) },
+        { "items_in_all", input.folder == NodeID::root() ? JSONValue(static_cast<std::int64_t>(tree.count() - 1)) : JSONValue() },
         { "status", statusValue(tree, folder) },
         { "last_change_inside", AgentFormat::isoDate(tree.lastChangeInside(folder)) },
         { "oldest_item", AgentFormat::isoDate(tree.oldestItem(folder)) },
@@ -247,7 +248,7 @@ AgentResult summaryAnswer(const SummaryInput& input, int limit, bool shrunk)
         text += "\n" + std::to_string(unreadable) + (unreadable == 1 ? " place" : " places") + " here couldn't be read, so sizes marked ≥ are lower bounds.";
     json["shrunk_to_fit"] = shrunk;
     if (shrunk)
-        text += "\nListed " + std::to_string(summary.entries.size()) + (summary.entries.size() == 1 ? " item" : " items") + " to fit 8 KB; ask about a folder for more.";
+        text += "\nListed " + AgentFormat::counted(static_cast<std::int64_t>(summary.entries.size()), "item", "items") + " to fit 8 KB; ask about a folder for more.";
     return AgentResult::success(text, JSONValue(json));
 }
 

@@ -14,6 +14,11 @@ JSONValue isoDate(std::optional<Date> date)
     return JSONValue(isoDateText(*date));
 }
 
+std::string counted(std::int64_t count, std::string_view singular, std::string_view plural)
+{
+    return std::to_string(count) + " " + std::string(count == 1 ? singular : plural);
+}
+
 std::optional<AgentResult> largestFitting(int count, const std::function<AgentResult(int shown)>& make)
 {
     AgentResult all = make(count);

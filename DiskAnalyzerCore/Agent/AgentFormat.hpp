@@ -21,6 +21,9 @@ using Phrases::isoDateText;
 using Phrases::percent;
 using Phrases::size;
 
+// "1 item", "2 items".
+std::string counted(std::int64_t count, std::string_view singular, std::string_view plural);
+
 // Lists shrink until the answer fits 8 KB: make(n) builds the answer with the first n of
 // count items. Returns the largest fitting answer, or none when not even the shortest fits.
 std::optional<AgentResult> largestFitting(int count, const std::function<AgentResult(int shown)>& make);
