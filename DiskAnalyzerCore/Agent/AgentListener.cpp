@@ -115,12 +115,19 @@ void joinFinished(State& state)
         thread.join();
 }
 
+bool isAllowed(const AgentListener::Configuration& configuration, const CodeIdentity::Signer& peer)
+{
+    if (peer == configuration.allowedPeer)
+        return true;
+    return !configuration.executablePath.empty() && CodeIdentity::ofExecutable(configuration.executablePath) == peer;
+}
+
 void acceptLoop(const std::shared_ptr<State>& state)
 {
     while (std::unique_ptr<LineConnection> accepted = state->listener->accept()) {
         joinFinished(*state);
         std::optional<CodeIdentity::Signer> peer = CodeIdentity::peer(accepted->descriptor());
-        if (!peer || *peer != state->configuration.allowedPeer) {
+        if (!peer || !isAllowed(state->configuration, *peer)) {
             SystemLog::write(SystemLog::Level::error, logCategory, "refused a connection from another program");
             continue;
         }
@@ -182,7 +189,7 @@ std::unique_ptr<AgentListener> AgentListener::startForApp(Handler handler, Execu
         SystemLog::write(SystemLog::Level::error, logCategory, "the app isn't signed; no command line");
         return nullptr;
     }
-    return start({ AgentChannel::socketPath(), *own, std::move(handler), std::move(executor) });
+    return start({ AgentChannel::socketPath(), *own, std::move(handler), std::move(executor), CodeIdentity::ownExecutablePath().value_or("") });
 }
 
 void AgentListener::stop()

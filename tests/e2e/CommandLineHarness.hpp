@@ -66,17 +66,22 @@ protected:
 
     // The apps of this test: this executable started as the app (no words, or a first word
     // starting with "-"), with an environment that names this test's home folder.
-    std::vector<pid_t> appProcesses()
+    std::vector<pid_t> appProcesses() { return appProcesses(TARNWICK_EXECUTABLE); }
+
+    // The same for a copy of the executable at path, including one whose file has since been
+    // replaced.
+    std::vector<pid_t> appProcesses(const std::string& path)
     {
         std::vector<pid_t> pids;
         std::string marker = "HOME=" + (m_home / "home") + '\0';
         std::error_code error;
-        std::filesystem::path executable = std::filesystem::canonical(TARNWICK_EXECUTABLE, error);
+        std::filesystem::path executable = std::filesystem::canonical(path, error);
         for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
             std::string name = entry.path().filename();
             if (name.find_first_not_of("0123456789") != std::string::npos)
                 continue;
-            if (std::filesystem::read_symlink(entry.path() / "exe", error) != executable || error)
+            std::filesystem::path running = std::filesystem::read_symlink(entry.path() / "exe", error);
+            if (error || (running != executable && running.string() != executable.string() + " (deleted)"))
                 continue;
             std::ifstream environ(entry.path() / "environ");
             std::string text((std::istreambuf_iterator<char>(environ)), {});
@@ -90,13 +95,14 @@ protected:
         return pids;
     }
 
-    void stopApps()
+    void stopApps() { stopApps(TARNWICK_EXECUTABLE); }
+    void stopApps(const std::string& path)
     {
-        for (pid_t pid : appProcesses())
+        for (pid_t pid : appProcesses(path))
             kill(pid, SIGTERM);
-        for (int i = 0; i < 50 && !appProcesses().empty(); ++i)
+        for (int i = 0; i < 50 && !appProcesses(path).empty(); ++i)
             usleep(100'000);
-        for (pid_t pid : appProcesses())
+        for (pid_t pid : appProcesses(path))
             kill(pid, SIGKILL);
     }
 

@@ -112,3 +112,24 @@ TEST_F(SingleAppE2E, AnAppStartedByTheToolKeepsNoneOfItsDescriptors)
     EXPECT_NE(run.out.find("Scanning"), std::string::npos) << run.out;
     EXPECT_EQ(appProcesses().size(), 1u);
 }
+
+TEST_F(SingleAppE2E, AfterAnUpgradeTheNewToolStillReachesTheRunningApp)
+{
+    TempFolder installed;
+    TempFolder place;
+    place.makeFile("a.txt", 100);
+    const std::string tool = installed / "tarnwick";
+    std::filesystem::copy_file(executable(), tool);
+    ASSERT_EQ(shell(tool + " scan " + place.path()).status, 0);
+    std::vector<pid_t> apps = appProcesses(tool);
+    ASSERT_EQ(apps.size(), 1u);
+    // A package manager puts the new file in place by renaming it over the old one.
+    std::filesystem::copy_file(executable(), tool + ".new");
+    std::filesystem::rename(tool + ".new", tool);
+
+    ProcessRun status = shell(tool + " status --json", 30);
+    EXPECT_EQ(status.status, 0) << status.err;
+    EXPECT_NE(status.out.find("\"running\": true"), std::string::npos) << status.out;
+    EXPECT_EQ(appProcesses(tool), apps);
+    stopApps(tool);
+}
