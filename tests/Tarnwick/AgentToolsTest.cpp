@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
@@ -38,6 +39,19 @@ protected:
     {
         m_executor.stop();
         m_loop.join();
+    }
+
+    // Scans place through the scan command, as the tool would, and waits for the result.
+    void scanThroughCommand(const std::string& place)
+    {
+        ASSERT_FALSE(ask("scan", { { "path", place } }).isError);
+        for (int i = 0; i < 500; ++i) {
+            bool done = m_executor.runAndWait<bool>([&] { return !m_model.runningScan() && m_model.result() && m_model.result()->tree->rootPath() == place; });
+            if (done)
+                return;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        FAIL() << "the scan of " << place << " did not finish";
     }
 
     AgentResult ask(std::string command, std::map<std::string, std::string> arguments, bool json = false)
@@ -131,4 +145,33 @@ TEST_F(AgentToolsTest, SummaryGivesOwnersCachesHiddenAndRatios)
     EXPECT_EQ(json["hidden_bytes"], 0);
     EXPECT_NE(summary.text.find("Owners: "), std::string::npos) << summary.text;
     EXPECT_NE(summary.text.find("On disk / size: "), std::string::npos) << summary.text;
+}
+
+TEST_F(AgentToolsTest, FindBelowAPathLongerThan8KBSaysSoInsteadOfPagingForever)
+{
+    // Forty folders of 240 bytes each: a path of about 10 KB, made one folder at a time
+    // because no single path call takes one that long.
+    fixtures::TempFolder deep;
+    int folder = open(deep.path().c_str(), O_DIRECTORY | O_RDONLY);
+    ASSERT_GE(folder, 0);
+    std::string path = deep.path();
+    for (int level = 0; level < 40; ++level) {
+        std::string name = std::to_string(level) + std::string(240, 'd');
+        ASSERT_EQ(mkdirat(folder, name.c_str(), 0755), 0);
+        int inner = openat(folder, name.c_str(), O_DIRECTORY | O_RDONLY);
+        close(folder);
+        folder = inner;
+        path += "/" + name;
+    }
+    int file = openat(folder, "file.bin", O_CREAT | O_WRONLY, 0644);
+    ASSERT_EQ(write(file, std::string(50'000, 'x').data(), 50'000), 50'000);
+    close(file);
+    close(folder);
+    scanThroughCommand(deep.path());
+
+    AgentResult found = ask("find", { { "path", deep.path() } });
+    EXPECT_EQ(found.text, "OUTPUT_TOO_LARGE: One matching path is too long to return within the 8 KB output limit.");
+    AgentResult summary = ask("summary", { { "path", deep.path() } });
+    EXPECT_FALSE(summary.isError) << summary.text;
+    EXPECT_TRUE(summary.fits());
 }
