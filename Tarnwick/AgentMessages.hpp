@@ -28,6 +28,10 @@ inline std::string notFoundYet(const std::string& path, const std::string& root)
 {
     return EchoedText::shown(path) + " is not in what the scan of " + EchoedText::shown(root) + " has found so far. Run wait, then ask again.";
 }
+inline std::string justStarted(const std::string& root)
+{
+    return "The scan of " + EchoedText::shown(root) + " has only just started. Ask again in a second, or run wait.";
+}
 inline std::string noSuchPlace(const std::string& path)
 {
     return EchoedText::shown(path) + " doesn't exist.";

@@ -31,6 +31,8 @@ std::expected<ScanView, AgentResult> scanView(const AppModel& model)
     if (const auto& running = model.runningScan()) {
         if (auto preview = running->scanner->progress()->latestPreview(); preview && preview->tree)
             return ScanView { preview->tree, nullptr, running->scope, NodeID::root(), true };
+        // The first preview comes a second into the scan.
+        return std::unexpected(AgentResult::failure(AgentErrorCode::notScanned, AgentMessages::justStarted(running->scope.scanRoot)));
     }
     return std::unexpected(AgentResult::failure(AgentErrorCode::notScanned, AgentMessages::nothingScanned));
 }
