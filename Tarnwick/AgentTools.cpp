@@ -1,12 +1,16 @@
 #include "AgentTools.hpp"
 
+#include "Agent/AgentCommands.hpp"
 #include "Agent/AgentErrorCode.hpp"
+#include "Agent/AgentFormat.hpp"
 #include "AgentPlaces.hpp"
 #include "AppCommands.hpp"
+#include "AppHandoff.hpp"
 #include "AppModel.hpp"
 #include "MainExecutor.hpp"
 #include "SnapshotAnswers.hpp"
 
+#include <array>
 #include <thread>
 
 namespace tarnwick {
@@ -15,6 +19,19 @@ namespace {
 
 constexpr long long defaultWaitSeconds = 60;
 constexpr auto pollInterval = std::chrono::milliseconds(100);
+
+using Request = AgentCommands::Request;
+using MainHandler = AgentResult (*)(AppModel&, const Request&);
+
+// The commands that run on the main executor against the model, by name.
+constexpr std::array<std::pair<std::string_view, MainHandler>, 6> mainHandlers { {
+    { "status", [](AppModel& model, const Request&) { return AppCommands::status(model); } },
+    { "scan", AppCommands::scan },
+    { "rescan", [](AppModel& model, const Request&) { return AppCommands::rescan(model); } },
+    { "show", AppCommands::show },
+    { "summary", [](AppModel& model, const Request& request) { return AppCommands::summary(model, request); } },
+    { "find", [](AppModel& model, const Request& request) { return AppCommands::find(model, request); } },
+} };
 
 }
 
@@ -25,7 +42,19 @@ AgentTools::AgentTools(AppModel& model, MainExecutor& executor, HistoryStore* st
 {
 }
 
-AgentResult AgentTools::handle(const AgentCommands::Request& request)
+AgentResult AgentTools::handle(const Request& request)
+{
+    if (request.command == AppHandoff::showCommand || request.command == AppHandoff::openCommand)
+        return m_executor.runAndWait<AgentResult>([&] { return handOff(request); });
+    std::expected<Request, AgentCommands::RequestError> checked = AgentCommands::validated(request);
+    if (!checked) {
+        bool unknown = checked.error().kind == AgentCommands::RequestError::Kind::unknownCommand;
+        return AgentResult::failure(unknown ? AgentErrorCode::unknownCommand : AgentErrorCode::invalidRequest, checked.error().message);
+    }
+    return AgentFormat::withinLimit(handleChecked(*checked));
+}
+
+AgentResult AgentTools::handleChecked(const Request& request)
 {
     if (request.command == "wait")
         return waitForScan(request);
@@ -36,22 +65,36 @@ AgentResult AgentTools::handle(const AgentCommands::Request& request)
     return m_executor.runAndWait<AgentResult>([&] { return onMain(request); });
 }
 
-AgentResult AgentTools::onMain(const AgentCommands::Request& request)
+AgentResult AgentTools::onMain(const Request& request)
 {
-    const std::string& command = request.command;
-    if (command == "status")
-        return AppCommands::status(m_model);
-    if (command == "scan")
-        return AppCommands::scan(m_model, request);
-    if (command == "rescan")
-        return AppCommands::rescan(m_model);
-    if (command == "show")
-        return AppCommands::show(m_model, request);
-    if (command == "summary")
-        return AppCommands::summary(m_model, request);
-    if (command == "find")
-        return AppCommands::find(m_model, request);
-    return AgentResult::failure(AgentErrorCode::unknownCommand, "Tarnwick has no command " + command + ".");
+    for (const auto& [name, handler] : mainHandlers) {
+        if (name == request.command)
+            return handler(m_model, request);
+    }
+    return AgentResult::failure(AgentErrorCode::unknownCommand, "Tarnwick has no command " + request.command + ".");
+}
+
+// A second start of the app: the window comes to the front, on the place asked for.
+AgentResult AgentTools::handOff(const Request& request)
+{
+    std::string windowLine = m_window ? "Tarnwick's window is in front."
+                                      : "Tarnwick runs without a window here (no display); the command line works with it.";
+    if (m_window)
+        m_window->bringToFront();
+    if (request.command == AppHandoff::showCommand) {
+        return AgentResult::success("Tarnwick is already running. " + windowLine,
+            JSONValue::Object { { "running", true }, { "window", m_window != nullptr } });
+    }
+    Request scan { "scan", {}, false };
+    if (auto path = AgentPlaces::argument(request.arguments, "path"))
+        scan.arguments["path"] = *path;
+    std::expected<Request, AgentCommands::RequestError> checked = AgentCommands::validated(scan);
+    if (!checked)
+        return AgentResult::failure(AgentErrorCode::invalidRequest, checked.error().message);
+    AgentResult result = AppCommands::scan(m_model, *checked);
+    if (!result.isError)
+        result.text += "\n" + windowLine;
+    return AgentFormat::withinLimit(std::move(result));
 }
 
 SnapshotAnswers::Context AgentTools::snapshotContext() const
@@ -66,7 +109,7 @@ SnapshotAnswers::Context AgentTools::snapshotContext() const
     return context;
 }
 
-AgentResult AgentTools::waitForScan(const AgentCommands::Request& request)
+AgentResult AgentTools::waitForScan(const Request& request)
 {
     auto timeout = std::chrono::seconds(AgentPlaces::integer(request.arguments, "timeout_s", defaultWaitSeconds));
     auto deadline = std::chrono::steady_clock::now() + timeout;

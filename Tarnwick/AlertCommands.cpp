@@ -2,6 +2,7 @@
 
 #include "Agent/AgentErrorCode.hpp"
 #include "Agent/AgentFormat.hpp"
+#include "Agent/EchoedText.hpp"
 #include "AgentPlaces.hpp"
 #include "AlertReadings.hpp"
 #include "Alerts/AlertPeriods.hpp"
@@ -60,7 +61,7 @@ JSONValue::Object alertJSON(const SpaceAlert& alert)
     JSONValue::Object json {
         { "id", alert.shortID() },
         { "uuid", alert.id },
-        { "path", alert.path },
+        { "path", EchoedText::shortened(alert.path) },
         { "place_kind", condition.watchesDisk() ? "disk" : "folder" },
         { "condition", std::string(conditionWord(condition.kind())) },
         { "fuller_than_percent", JSONValue() },
@@ -98,7 +99,7 @@ void addReading(JSONValue::Object& json, const SpaceAlert& alert, const AlertRea
 
 std::string alertLine(const SpaceAlert& alert)
 {
-    return alert.shortID() + "  " + alert.path + "  " + AlertReadings::limitText(alert.condition);
+    return alert.shortID() + "  " + EchoedText::shown(alert.path) + "  " + AlertReadings::limitText(alert.condition);
 }
 
 std::string readingText(const SpaceAlert& alert, const AlertReading& reading)
@@ -230,7 +231,7 @@ AgentResult addAlert(const Request& request, const Context& context)
 
     std::unique_ptr<HistoryStore> owned;
     AlertReading reading = AlertReadings::read(added->alert, SnapshotPlaces::history(context, owned), std::chrono::system_clock::now());
-    std::string text = (added->replaced ? "Changed the limit of alert " : "Set alert ") + added->alert.shortID() + ": " + added->alert.path + " "
+    std::string text = (added->replaced ? "Changed the limit of alert " : "Set alert ") + added->alert.shortID() + ": " + EchoedText::shown(added->alert.path) + " "
         + AlertReadings::limitText(added->alert.condition) + ".\nNow: " + readingText(added->alert, reading);
     text += "\n" + AlertTexts::oneAlertPerKind();
     bool dailyOn = dailySnapshotOn(defaults);

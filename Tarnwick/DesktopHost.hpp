@@ -18,6 +18,8 @@ public:
     class Window {
     public:
         virtual ~Window() = default;
+        // Shows the window in front of the others, as when the app is started again.
+        virtual void bringToFront() = 0;
     };
 
     virtual ~DesktopHost() = default;

@@ -2,13 +2,12 @@
 
 #include "Agent/AgentErrorCode.hpp"
 #include "Agent/AgentFormat.hpp"
-#include "Agent/ToolName.hpp"
+#include "Agent/EchoedText.hpp"
 #include "AgentMessages.hpp"
 #include "AgentPlaces.hpp"
 #include "Classification/ColorMode.hpp"
 #include "Scanning/ScopeResolver.hpp"
 
-#include <unistd.h>
 
 namespace tarnwick::AppCommands {
 
@@ -18,7 +17,12 @@ JSONValue nodePath(const ScanTree& tree, std::optional<NodeID> node)
 {
     if (!node)
         return JSONValue();
-    return JSONValue(ScopeResolver::displayPath(tree.path(*node)));
+    return JSONValue(EchoedText::shortened(ScopeResolver::displayPath(tree.path(*node))));
+}
+
+std::string shownPath(const std::string& path)
+{
+    return EchoedText::shown(ScopeResolver::displayPath(path));
 }
 
 }
@@ -35,15 +39,16 @@ AgentResult status(const AppModel& model)
     if (running) {
         auto progress = running->scanner->progress()->state();
         std::string root = ScopeResolver::displayPath(running->scope.scanRoot);
-        json["scanning_path"] = root;
+        json["scanning_path"] = EchoedText::shortened(root);
         json["items_so_far"] = static_cast<std::int64_t>(progress.itemCount);
-        json["current_path"] = progress.currentPath.empty() ? JSONValue() : JSONValue(progress.currentPath);
-        text += "\nScanning " + root + ": " + std::to_string(progress.itemCount) + " items so far.";
+        json["current_path"] = progress.currentPath.empty() ? JSONValue() : JSONValue(EchoedText::shortened(progress.currentPath));
+        text += "\nScanning " + EchoedText::shown(root) + ": " + AgentFormat::counted(progress.itemCount, "item", "items") + " so far.";
     }
     const auto& result = model.result();
     json["scanned_path"] = JSONValue();
     json["size_bytes"] = JSONValue();
     json["item_count"] = JSONValue();
+    json["items_in_all"] = JSONValue();
     json["finished_at"] = JSONValue();
     json["incomplete"] = JSONValue();
     json["open_folder"] = JSONValue();
@@ -52,18 +57,23 @@ AgentResult status(const AppModel& model)
         const ScanTree& tree = *result->tree;
         bool lowerBound = tree.isIncomplete(NodeID::root());
         std::string root = ScopeResolver::displayPath(tree.rootPath());
-        json["scanned_path"] = root;
+        auto inAll = static_cast<std::int64_t>(tree.count() - 1);
+        auto inside = static_cast<std::int64_t>(tree.childCount(NodeID::root()));
+        json["scanned_path"] = EchoedText::shortened(root);
         json["size_bytes"] = tree.allocatedSize(NodeID::root());
-        json["item_count"] = static_cast<std::int64_t>(tree.count() - 1);
+        // As in summary: the items directly inside; every item below is items_in_all.
+        json["item_count"] = inside;
+        json["items_in_all"] = inAll;
         json["finished_at"] = AgentFormat::isoDate(result->finishedAt);
         json["incomplete"] = lowerBound;
         json["open_folder"] = nodePath(tree, model.openFolder());
         json["selection"] = nodePath(tree, model.selection());
-        text += "\nScanned: " + root + ", " + AgentFormat::size(tree.allocatedSize(NodeID::root()), lowerBound) + " in "
-            + std::to_string(tree.count() - 1) + " items, finished " + AgentFormat::isoDateText(result->finishedAt) + ".";
-        text += "\nOpen folder: " + ScopeResolver::displayPath(tree.path(model.openFolder()));
+        text += "\nScanned: " + EchoedText::shown(root) + ", " + AgentFormat::size(tree.allocatedSize(NodeID::root()), lowerBound) + ", "
+            + AgentFormat::counted(inside, "item", "items") + " inside, " + std::to_string(inAll) + " in all, finished "
+            + AgentFormat::isoDateText(result->finishedAt) + ".";
+        text += "\nOpen folder: " + shownPath(tree.path(model.openFolder()));
         if (model.selection())
-            text += "\nSelection: " + ScopeResolver::displayPath(tree.path(*model.selection()));
+            text += "\nSelection: " + shownPath(tree.path(*model.selection()));
     } else if (!running) {
         text += "\nNothing is scanned yet.";
     }
@@ -95,18 +105,21 @@ AgentResult scan(AppModel& model, const AgentCommands::Request& request)
     if (const auto& result = model.result(); result && !model.runningScan()) {
         if (auto node = result->tree->node(ScopeResolver::realPath(*path)); node && isContainer(result->tree->kind(*node))) {
             model.open(*node);
-            return AgentResult::success("Opened " + *path + " in the existing scan. Run summary for its contents.",
-                JSONValue(JSONValue::Object { { "path", *path }, { "scan_started", false }, { "opened", true } }));
+            return AgentResult::success("Opened " + EchoedText::shown(*path) + " in the existing scan. Run summary for its contents.",
+                JSONValue(JSONValue::Object { { "path", EchoedText::shortened(*path) }, { "scan_started", false }, { "opened", true } }));
         }
     }
+    if (std::optional<AgentResult> refused = AgentPlaces::unscannable(*path))
+        return *refused;
     auto scope = ScopeResolver::resolve(*path);
-    if (!scope)
-        return AgentResult::failure(AgentErrorCode::invalidPath, std::string(scope.error().title()) + ". " + scope.error().detail());
-    if (access(scope->scanRoot.c_str(), R_OK | X_OK) != 0)
-        return AgentResult::failure(AgentErrorCode::noAccess, AgentMessages::noAccess(*path, ToolName::current("tarnwick")));
+    if (!scope) {
+        return AgentResult::failure(AgentErrorCode::invalidPath,
+            EchoedText::shown(*path) + ": " + std::string(scope.error().title()) + ". " + scope.error().detail());
+    }
     model.scan(*scope);
-    return AgentResult::success("Scanning " + ScopeResolver::displayPath(scope->scanRoot) + ". Run wait, then summary.",
-        JSONValue(JSONValue::Object { { "path", ScopeResolver::displayPath(scope->scanRoot) }, { "scan_started", true }, { "opened", false } }));
+    std::string root = ScopeResolver::displayPath(scope->scanRoot);
+    return AgentResult::success("Scanning " + EchoedText::shown(root) + ". Run wait, then summary.",
+        JSONValue(JSONValue::Object { { "path", EchoedText::shortened(root) }, { "scan_started", true }, { "opened", false } }));
 }
 
 AgentResult rescan(AppModel& model)
@@ -115,8 +128,8 @@ AgentResult rescan(AppModel& model)
         return AgentResult::failure(AgentErrorCode::notScanned, AgentMessages::nothingScanned);
     std::string root = ScopeResolver::displayPath(model.result()->tree->rootPath());
     model.rescan();
-    return AgentResult::success("Scanning " + root + " again. Run wait, then summary: it reports the size before the rescan.",
-        JSONValue(JSONValue::Object { { "path", root }, { "scan_started", true } }));
+    return AgentResult::success("Scanning " + EchoedText::shown(root) + " again. Run wait, then summary: it reports the size before the rescan.",
+        JSONValue(JSONValue::Object { { "path", EchoedText::shortened(root) }, { "scan_started", true } }));
 }
 
 AgentResult show(AppModel& model, const AgentCommands::Request& request)
@@ -139,9 +152,9 @@ AgentResult show(AppModel& model, const AgentCommands::Request& request)
         model.select(*node);
     }
     std::string path = ScopeResolver::displayPath(tree.path(*node));
-    return AgentResult::success((folder ? "Opened " : "Selected ") + path + " on the map, coloured by "
+    return AgentResult::success((folder ? "Opened " : "Selected ") + EchoedText::shown(path) + " on the map, coloured by "
             + std::string(ColorModes::title(model.colorMode())) + ".",
-        JSONValue(JSONValue::Object { { "path", path }, { "opened", folder }, { "selected", !folder },
+        JSONValue(JSONValue::Object { { "path", EchoedText::shortened(path) }, { "opened", folder }, { "selected", !folder },
             { "color_mode", std::string(ColorModes::commandLineName(model.colorMode())) } }));
 }
 

@@ -2,6 +2,7 @@
 
 #include "Agent/AgentErrorCode.hpp"
 #include "Agent/AgentFormat.hpp"
+#include "Agent/EchoedText.hpp"
 #include "Support/ByteFormat.hpp"
 #include "Agent/OutputLimit.hpp"
 #include "Agent/PageFitting.hpp"
@@ -65,7 +66,7 @@ JSONValue::Object header(const TypesSource& source, ColorMode mode)
 {
     const ScanTree& tree = *source.tree;
     return JSONValue::Object {
-        { "path", tree.path(source.place) },
+        { "path", EchoedText::shortened(tree.path(source.place)) },
         { "mode", std::string(ColorModes::commandLineName(mode)) },
         { "title", std::string(ColorModes::title(mode)) },
         { "source", source.snapshotDate ? "snapshot" : "scan" },
@@ -78,7 +79,7 @@ JSONValue::Object header(const TypesSource& source, ColorMode mode)
 std::string headerText(const TypesSource& source, ColorMode mode)
 {
     const ScanTree& tree = *source.tree;
-    return tree.path(source.place) + " by " + std::string(ColorModes::title(mode)) + ": "
+    return EchoedText::shown(tree.path(source.place)) + " by " + std::string(ColorModes::title(mode)) + ": "
         + AgentFormat::size(tree.allocatedSize(source.place), tree.isIncomplete(source.place)) + ", " + sourceText(source) + ".";
 }
 
@@ -103,7 +104,7 @@ AgentResult groupPage(const TypesSource& source, ColorMode mode, const Page& pag
         JSONValue::Array list;
         for (std::size_t p = 0; p < std::min(places, group.places.size()); ++p) {
             list.push_back(JSONValue::Object { { "path", group.places[p].path }, { "size_bytes", group.places[p].bytes } });
-            text += "\n     " + ByteFormat::format(group.places[p].bytes) + "  " + group.places[p].path;
+            text += "\n     " + ByteFormat::format(group.places[p].bytes) + "  " + EchoedText::visible(group.places[p].path);
         }
         JSONValue::Object entry { { "key", group.key }, { "label", group.label }, { "size_bytes", group.bytes }, { "incomplete", lowerBound },
             { "share", share }, { "places", list } };
@@ -112,7 +113,7 @@ AgentResult groupPage(const TypesSource& source, ColorMode mode, const Page& pag
             std::string names;
             for (std::size_t a = 0; a < std::min(places, group.apps.size()); ++a) {
                 apps.push_back(JSONValue::Object { { "name", group.apps[a].path }, { "size_bytes", group.apps[a].bytes } });
-                names += (names.empty() ? "" : ", ") + group.apps[a].path + " " + ByteFormat::format(group.apps[a].bytes);
+                names += (names.empty() ? "" : ", ") + EchoedText::visible(group.apps[a].path) + " " + ByteFormat::format(group.apps[a].bytes);
             }
             entry["apps"] = apps;
             if (!names.empty())
@@ -162,8 +163,9 @@ JSONValue::Object ratioJSON(const TypeGroups::Ratio& ratio)
 AgentResult ratioAnswer(const TypesSource& source, const TypeGroups::Extremes& extremes, std::size_t asked, std::size_t shown)
 {
     const TypeGroups::Ratio& place = extremes.place;
-    std::string text = place.path + ", on disk / size: " + ratioText(place.ratio) + " (" + AgentFormat::size(place.allocated, place.allocatedIncomplete)
-        + " on disk, " + AgentFormat::size(place.logical, place.logicalIncomplete) + " logical), " + sourceText(source) + ".";
+    std::string text = EchoedText::shown(place.path) + ", on disk / size: " + ratioText(place.ratio) + " ("
+        + AgentFormat::size(place.allocated, place.allocatedIncomplete) + " on disk, " + AgentFormat::size(place.logical, place.logicalIncomplete)
+        + " logical), " + sourceText(source) + ".";
     if (!place.ratio)
         text += "\nThe ratio is unknown: a size here is unknown or incomplete.";
     JSONValue::Object json = header(source, ColorMode::onDiskVsSize);
@@ -176,7 +178,7 @@ AgentResult ratioAnswer(const TypesSource& source, const TypeGroups::Extremes& e
             text += std::string("\n") + title;
         for (std::size_t i = 0; i < count; ++i) {
             array.push_back(ratioJSON(extremes[i]));
-            text += "\n  " + ratioText(extremes[i].ratio) + "  " + extremes[i].path + "  ("
+            text += "\n  " + ratioText(extremes[i].ratio) + "  " + EchoedText::visible(extremes[i].path) + "  ("
                 + AgentFormat::size(extremes[i].allocated, extremes[i].allocatedIncomplete) + " on disk, "
                 + AgentFormat::size(extremes[i].logical, extremes[i].logicalIncomplete) + ")";
         }
@@ -211,7 +213,7 @@ AgentResult types(const Request& request, const Context& context)
     if (!source)
         return source.error();
     if (!source->hasColors && mode != ColorMode::owner) {
-        return AgentResult::failure(AgentErrorCode::colorUnavailable, "The snapshot of " + source->tree->path(source->place)
+        return AgentResult::failure(AgentErrorCode::colorUnavailable, "The snapshot of " + EchoedText::shown(source->tree->path(source->place))
                 + " keeps no color totals. Scan it again to see it by " + std::string(ColorModes::commandLineName(mode)) + ".");
     }
 
@@ -228,7 +230,7 @@ AgentResult types(const Request& request, const Context& context)
     auto groups = TypeGroups::groups(source->tree, source->place, mode, source->maps);
     if (!groups) {
         return AgentResult::failure(AgentErrorCode::colorUnavailable,
-            "There are no " + std::string(ColorModes::title(mode)) + " totals for " + source->tree->path(source->place) + ".");
+            "There are no " + std::string(ColorModes::title(mode)) + " totals for " + EchoedText::shown(source->tree->path(source->place)) + ".");
     }
     Page page { std::move(*groups), 0, limit, perGroup };
     page.first = std::min(cursor, page.groups.size());
