@@ -277,7 +277,7 @@ ScanOutcome FileScanner::scan()
     m_budget = std::make_unique<DescriptorBudget>(DescriptorBudget::forProcess(softLimit, workers));
     ProcessResources::prepareScanThread("Tarnwick scan", m_options.priority);
 
-    int descriptor = DirectoryStream::open(-1, m_options.root, m_options.root);
+    int descriptor = DirectoryStream::open(-1, m_options.root.c_str(), m_options.root.c_str());
     // Every folder of the scan is opened below the root, which stays open until the end.
     const OwnedDescriptor root(descriptor);
     m_rootDescriptor = descriptor;
