@@ -1,0 +1,38 @@
+#pragma once
+
+#include "History/HistoryStore.hpp"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+// Rebuilding what the history's index says from the files themselves. The snapshot files
+// are what was committed; index.json only lists them. When the index is damaged, missing or
+// does not list a file that a save wrote before it was killed, the files are read back
+// rather than given up: a snapshot that decodes is never lost because its listing was.
+namespace HistoryRecovery {
+
+// The entry for one snapshot file of a place's folder, from its own header: date, totals and
+// volume facts. Absent when the file is missing or does not decode. Not kept, without note.
+std::optional<HistoryEntry> entryFromFile(const std::string& path, std::int64_t id, std::string file);
+
+// The index of every place folder inside directory: its source.json (or, when that is
+// damaged, the path its snapshots were taken of), its day snapshots "{id}.snap" and its
+// current.snap, leaving out files that do not decode. Folders without a snapshot that
+// decodes are left out. The kept marks of `previous` (an older index, for instance the last
+// good one read) are carried over for the same place and id.
+HistoryStore::Index rebuild(const std::string& directory, const HistoryStore::Index& previous = {});
+
+// The day snapshot files in a place's folder that its record does not list and that decode:
+// what a save wrote before it was killed. Ids are taken from nextID.
+std::vector<HistoryEntry> unlisted(const std::string& folder, const HistoryStore::SourceRecord& record, std::int64_t& nextID);
+
+// Whether directory holds a place folder with a source.json: a history, whether or not its
+// index is there.
+bool hasPlaceFolders(const std::string& directory);
+
+}
+
+}
