@@ -137,6 +137,8 @@ std::expected<Changes, ChangesError> changes(
     result.to = std::move(to);
     result.sizes = sizes;
     result.place = comparison->path(0);
+    const PlaceComparison::Pair& place0 = comparison->pairs()[0];
+    result.presence = place0.earlier < 0 ? Presence::laterOnly : place0.later < 0 ? Presence::earlierOnly : Presence::both;
     result.sizeBefore = comparison->before(0);
     result.sizeAfter = comparison->after(0);
     result.change = result.sizeAfter - result.sizeBefore;
@@ -164,6 +166,7 @@ std::vector<SizePoint> sizeHistory(std::span<const std::shared_ptr<const Snapsho
         SizePoint point { snapshot->date, 0 };
         const SnapshotMatching matching(*snapshot, latest);
         auto comparison = PlaceComparison::make(*snapshot, latest, matching, place, sizes);
+        point.isKept = comparison && comparison->pairs()[0].earlier >= 0;
         if (comparison) {
             point.bytes = comparison->before(0);
             // Folders only one of the two scans read count as the latest saw them; an outer
