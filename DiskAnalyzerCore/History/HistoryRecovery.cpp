@@ -97,43 +97,97 @@ std::optional<HistoryEntry> entryFromFile(const std::string& path, std::int64_t 
     return entry;
 }
 
-HistoryStore::Index rebuild(const std::string& directory, const HistoryStore::Index& previous)
+namespace {
+
+// One place folder as its files tell it, with the day snapshots' ids from their file names and
+// no current entry yet (its id is handed out once every day snapshot's is known).
+std::optional<HistoryStore::SourceRecord> recordOf(const std::string& directory, const std::string& name)
 {
-    HistoryStore::Index index;
-    std::vector<std::string> folders = HistoryFiles::list(directory);
-    std::sort(folders.begin(), folders.end());
-    for (const std::string& name : folders) {
-        const std::string folder = directory + "/" + name;
-        if (!isPlaceFolderName(name))
-            continue;
-        std::vector<std::string> names = HistoryFiles::list(folder);
-        auto source = sourceOf(folder, names);
-        if (!source || index.record(*source))
-            continue;
-        HistoryStore::SourceRecord record { *source, name, {}, std::nullopt };
-        for (const std::string& file : names) {
-            if (auto id = dayFileID(file)) {
-                if (auto entry = entryFromFile(folder + "/" + file, *id, file))
-                    record.entries.push_back(std::move(*entry));
-            }
+    const std::string folder = directory + "/" + name;
+    if (!isPlaceFolderName(name))
+        return std::nullopt;
+    std::vector<std::string> names = HistoryFiles::list(folder);
+    auto source = sourceOf(folder, names);
+    if (!source)
+        return std::nullopt;
+    HistoryStore::SourceRecord record { *source, name, {}, std::nullopt };
+    for (const std::string& file : names) {
+        if (auto id = dayFileID(file)) {
+            if (auto entry = entryFromFile(folder + "/" + file, *id, file))
+                record.entries.push_back(std::move(*entry));
         }
-        std::sort(record.entries.begin(), record.entries.end(), [](const HistoryEntry& a, const HistoryEntry& b) { return a.date < b.date; });
-        for (const HistoryEntry& entry : record.entries)
-            index.nextID = std::max(index.nextID, entry.id + 1);
-        carryKeptMarks(record, previous);
-        index.sources.push_back(std::move(record));
     }
-    // Current snapshots take ids after every day snapshot's, so that none is handed out twice.
-    for (HistoryStore::SourceRecord& record : index.sources) {
+    std::sort(record.entries.begin(), record.entries.end(), [](const HistoryEntry& a, const HistoryEntry& b) { return a.date < b.date; });
+    return record;
+}
+
+// Adds the records of the given folders to index, giving ids that are taken already new ones.
+void addRecords(const std::string& directory, HistoryStore::Index& index, const std::vector<std::string>& folders)
+{
+    std::unordered_set<std::int64_t> ids;
+    for (const HistoryStore::SourceRecord& record : index.sources) {
+        for (const HistoryEntry& entry : record.entries)
+            ids.insert(entry.id);
+        if (record.current)
+            ids.insert(record.current->id);
+    }
+    std::vector<HistoryStore::SourceRecord> added;
+    for (const std::string& name : folders) {
+        auto record = recordOf(directory, name);
+        if (!record || index.record(record->source))
+            continue;
+        for (HistoryEntry& entry : record->entries) {
+            index.nextID = std::max(index.nextID, entry.id + 1);
+            if (!ids.insert(entry.id).second)
+                entry.id = -1; // renumbered below, once nextID is past every file's id
+        }
+        added.push_back(std::move(*record));
+    }
+    for (HistoryStore::SourceRecord& record : added) {
+        for (HistoryEntry& entry : record.entries) {
+            if (entry.id < 0)
+                entry.id = index.nextID++;
+        }
         const std::string file(HistoryStore::currentFileName);
         if (auto current = entryFromFile(directory + "/" + record.folder + "/" + file, index.nextID, file)) {
             record.current = std::move(*current);
             ++index.nextID;
         }
+        if (!record.entries.empty() || record.current)
+            index.sources.push_back(std::move(record));
     }
-    std::erase_if(index.sources, [](const HistoryStore::SourceRecord& record) { return record.entries.empty() && !record.current; });
+}
+
+}
+
+HistoryStore::Index rebuild(const std::string& directory, const HistoryStore::Index& previous)
+{
+    HistoryStore::Index index;
+    std::vector<std::string> folders = HistoryFiles::list(directory);
+    std::sort(folders.begin(), folders.end());
+    addRecords(directory, index, folders);
+    for (HistoryStore::SourceRecord& record : index.sources)
+        carryKeptMarks(record, previous);
     index.nextID = std::max(index.nextID, previous.nextID);
     return index;
+}
+
+bool adoptUnlistedFolders(const std::string& directory, HistoryStore::Index& index)
+{
+    std::unordered_set<std::string> listed;
+    for (const HistoryStore::SourceRecord& record : index.sources)
+        listed.insert(record.folder);
+    std::vector<std::string> unlistedFolders;
+    for (const std::string& name : HistoryFiles::list(directory)) {
+        if (isPlaceFolderName(name) && !listed.contains(name) && HistoryFiles::exists(directory + "/" + name + "/" + std::string(HistoryStore::sourceFileName)))
+            unlistedFolders.push_back(name);
+    }
+    if (unlistedFolders.empty())
+        return false;
+    std::sort(unlistedFolders.begin(), unlistedFolders.end());
+    std::size_t before = index.sources.size();
+    addRecords(directory, index, unlistedFolders);
+    return index.sources.size() != before;
 }
 
 std::vector<HistoryEntry> unlisted(const std::string& folder, const HistoryStore::SourceRecord& record, std::int64_t& nextID)

@@ -25,6 +25,10 @@ std::optional<HistoryEntry> entryFromFile(const std::string& path, std::int64_t 
 // good one read) are carried over for the same place and id.
 HistoryStore::Index rebuild(const std::string& directory, const HistoryStore::Index& previous = {});
 
+// Adds the place folders that index does not list (a first save of a place killed before its
+// index was written) and whose snapshots decode. True when it added any.
+bool adoptUnlistedFolders(const std::string& directory, HistoryStore::Index& index);
+
 // The day snapshot files in a place's folder that its record does not list and that decode:
 // what a save wrote before it was killed. Ids are taken from nextID.
 std::vector<HistoryEntry> unlisted(const std::string& folder, const HistoryStore::SourceRecord& record, std::int64_t& nextID);

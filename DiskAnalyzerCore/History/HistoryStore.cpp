@@ -147,6 +147,10 @@ std::expected<bool, StoreError> HistoryStore::refreshLocked()
             m_indexSignature = signature;
             m_indexProblem.reset();
             m_damagedSignature.reset();
+            // A place folder the index does not list holds snapshots all the same; the next
+            // write of the index lists it.
+            if (HistoryRecovery::adoptUnlistedFolders(m_directory, m_index))
+                m_indexProblem = StoreError::damagedIndex(indexPath);
         } else {
             rebuildLocked(StoreError::damagedIndex(indexPath), signature);
             m_indexSignature = signature;
