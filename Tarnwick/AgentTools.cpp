@@ -4,6 +4,7 @@
 #include "AgentPlaces.hpp"
 #include "AppCommands.hpp"
 #include "AppModel.hpp"
+#include "HistoryRecorder.hpp"
 #include "MainExecutor.hpp"
 #include "SnapshotAnswers.hpp"
 
@@ -18,10 +19,11 @@ constexpr auto pollInterval = std::chrono::milliseconds(100);
 
 }
 
-AgentTools::AgentTools(AppModel& model, MainExecutor& executor, HistoryStore* store)
+AgentTools::AgentTools(AppModel& model, MainExecutor& executor, HistoryStore* store, const HistoryRecorder* recorder)
     : m_model(model)
     , m_executor(executor)
     , m_store(store)
+    , m_recorder(recorder)
 {
 }
 
@@ -40,7 +42,7 @@ AgentResult AgentTools::onMain(const AgentCommands::Request& request)
 {
     const std::string& command = request.command;
     if (command == "status")
-        return AppCommands::status(m_model);
+        return AppCommands::status(m_model, historyNotes());
     if (command == "scan")
         return AppCommands::scan(m_model, request);
     if (command == "rescan")
@@ -52,6 +54,16 @@ AgentResult AgentTools::onMain(const AgentCommands::Request& request)
     if (command == "find")
         return AppCommands::find(m_model, request);
     return AgentResult::failure(AgentErrorCode::unknownCommand, "Tarnwick has no command " + command + ".");
+}
+
+AppCommands::HistoryNotes AgentTools::historyNotes() const
+{
+    AppCommands::HistoryNotes notes;
+    if (m_recorder)
+        notes.saveProblem = m_recorder->saveProblem();
+    if (m_store)
+        notes.recovery = m_store->recoveryNotice();
+    return notes;
 }
 
 SnapshotAnswers::Context AgentTools::snapshotContext() const
@@ -73,7 +85,10 @@ AgentResult AgentTools::waitForScan(const AgentCommands::Request& request)
     auto busy = [&] { return m_executor.runAndWait<bool>([&] { return m_model.runningScan().has_value() && !m_model.isWaitingForUser(); }); };
     while (busy() && std::chrono::steady_clock::now() < deadline)
         std::this_thread::sleep_for(pollInterval);
-    return m_executor.runAndWait<AgentResult>([&] { return AppCommands::status(m_model); });
+    // A finished scan is done once its snapshot is saved, or known not to be.
+    while (m_recorder && m_recorder->isSaving() && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(pollInterval);
+    return m_executor.runAndWait<AgentResult>([&] { return AppCommands::status(m_model, historyNotes()); });
 }
 
 }

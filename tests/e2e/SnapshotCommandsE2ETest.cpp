@@ -229,3 +229,48 @@ TEST_F(SnapshotCommandsE2E, TheAppNotifiesPassedLimitsOnceAndRemembersThem)
     ASSERT_NE(notified, std::string::npos);
     EXPECT_EQ(settings.find(folderID, notified), std::string::npos);
 }
+
+// A history on a read-only mount (made in a user namespace of its own, so no privileges are
+// needed): it is read as ever, and a scan whose snapshot cannot be saved says so in wait and
+// status, leaving what was saved as it was.
+TEST_F(SnapshotCommandsE2E, AReadOnlyHistoryIsReadAndAFailedSaveIsTold)
+{
+    if (tarnwick::fixtures::runShell("unshare -rm true >/dev/null 2>&1") != 0)
+        GTEST_SKIP() << "user namespaces are not available here";
+    makePlace();
+    scanIntoHistory();
+    stopApps();
+    const std::string history = m_home / "data/tarnwick/History";
+    auto readIndex = [&] {
+        std::ifstream file(history + "/index.json");
+        return std::string((std::istreambuf_iterator<char>(file)), {});
+    };
+    const std::string indexBefore = readIndex();
+
+    const std::string run = "env " + m_environment + " " + TARNWICK_EXECUTABLE + " ";
+    const std::string out = m_home / "out";
+    const std::string script = "mount --bind '" + history + "' '" + history + "' && mount -o remount,bind,ro '" + history + "' && "
+        + run + "history " + quoted() + " --json >'" + out + ".history' 2>&1; echo $? >'" + out + ".history-status'; "
+        + run + "scan " + quoted() + " >/dev/null 2>&1; " + run + "wait --timeout 60 --json >'" + out + ".wait' 2>&1; "
+        + run + "status --json >'" + out + ".status' 2>&1";
+    ASSERT_EQ(tarnwick::fixtures::runShell("unshare -rm sh -c \"" + script + "\""), 0);
+    auto readOut = [&](const std::string& suffix) {
+        std::ifstream file(out + suffix);
+        return std::string((std::istreambuf_iterator<char>(file)), {});
+    };
+
+    EXPECT_EQ(readOut(".history-status"), "0\n") << readOut(".history");
+    nlohmann::json answered = nlohmann::json::parse(readOut(".history"), nullptr, false);
+    ASSERT_TRUE(answered.is_object()) << readOut(".history");
+    EXPECT_EQ(answered["points"].size(), 1u);
+
+    for (const std::string suffix : { ".wait", ".status" }) {
+        nlohmann::json status = nlohmann::json::parse(readOut(suffix), nullptr, false);
+        ASSERT_TRUE(status.is_object()) << suffix << ": " << readOut(suffix);
+        ASSERT_TRUE(status["snapshot_not_saved"].is_string()) << suffix << ": " << readOut(suffix);
+        std::string problem = status["snapshot_not_saved"];
+        EXPECT_TRUE(problem.starts_with("The snapshot couldn't be saved: ")) << problem;
+        EXPECT_NE(problem.find("Read-only file system"), std::string::npos) << problem;
+    }
+    EXPECT_EQ(readIndex(), indexBefore);
+}
