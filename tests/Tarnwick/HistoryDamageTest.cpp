@@ -18,6 +18,11 @@
 #include <map>
 #include <random>
 #include <set>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/statvfs.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace tarnwick;
 using namespace tarnwick::testing;
@@ -110,15 +115,13 @@ std::vector<Damage> damages()
     };
 }
 
-// Saves a scan the way the app does, with colours, so that every reader (types too) has what
-// it needs.
-void saveWithColors(HistoryStore& store, const HistorySource& source, const std::shared_ptr<const ScanTree>& tree, Date date,
-    std::optional<Snapshot::Volume> volume = std::nullopt)
+// A scan encoded the way the app saves it, with colours, so that every reader (types too) has
+// what it needs.
+HistoryStore::SnapshotFiles filesFor(const std::shared_ptr<const ScanTree>& tree, Date date, std::optional<Snapshot::Volume> volume = std::nullopt)
 {
     static const FixedTimeZone zone(0);
     SnapshotColors colors = SnapshotColors::make(tree, DateGroup::Boundaries::make(date, zone));
     auto encoded = Snapshot::encodeForStore(SnapshotReducer::reduce(*tree, { date, volume, &colors, &zone }));
-    ASSERT_TRUE(encoded);
     HistoryStore::SnapshotFiles files;
     files.date = date;
     files.total = tree->allocatedSize(NodeID::root());
@@ -128,7 +131,13 @@ void saveWithColors(HistoryStore& store, const HistorySource& source, const std:
     }
     files.current = std::move(encoded->current);
     files.day = std::move(encoded->day);
-    ASSERT_TRUE(store.save(source, files));
+    return files;
+}
+
+void saveWithColors(HistoryStore& store, const HistorySource& source, const std::shared_ptr<const ScanTree>& tree, Date date,
+    std::optional<Snapshot::Volume> volume = std::nullopt)
+{
+    ASSERT_TRUE(store.save(source, filesFor(tree, date, volume)));
 }
 
 nlohmann::json structured(const AgentResult& result)
@@ -396,4 +405,101 @@ TEST_F(HistoryDamageTest, AFolderAnIndexDoesNotListIsAdopted)
     writeText(indexPath, R"({"nextID": 1, "sources": []})");
     auto store = open();
     EXPECT_EQ(store->entries(place).size(), static_cast<std::size_t>(days));
+}
+
+namespace {
+
+// Runs body in a child process inside a user and mount namespace of its own, where it may
+// mount a small file system without privileges. Returns what body reports ("" when all is
+// well), or absent when such namespaces are not available here.
+std::optional<std::string> inOwnNamespace(const std::function<std::string()>& body)
+{
+    int pipe[2];
+    if (::pipe(pipe) != 0)
+        return std::nullopt;
+    const uid_t uid = ::getuid();
+    const gid_t gid = ::getgid();
+    pid_t child = ::fork();
+    if (child == 0) {
+        ::close(pipe[0]);
+        std::string report;
+        if (::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) {
+            report = "unavailable";
+        } else {
+            std::ofstream("/proc/self/setgroups") << "deny";
+            std::ofstream("/proc/self/uid_map") << "0 " << uid << " 1";
+            std::ofstream("/proc/self/gid_map") << "0 " << gid << " 1";
+            report = body();
+        }
+        (void)!::write(pipe[1], report.data(), report.size());
+        ::_exit(0);
+    }
+    ::close(pipe[1]);
+    std::string report;
+    char buffer[4096];
+    for (ssize_t n; (n = ::read(pipe[0], buffer, sizeof buffer)) > 0;)
+        report.append(buffer, static_cast<std::size_t>(n));
+    ::close(pipe[0]);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    if (report == "unavailable")
+        return std::nullopt;
+    if (!WIFEXITED(status))
+        return "the child died: " + report;
+    return report;
+}
+
+}
+
+// The store on a small file system filled up: a save that can write its snapshot but not the
+// index fails whole, with current.snap put back, and the next save once there is room works.
+TEST_F(HistoryDamageTest, OnAFullDiskASaveFailsWholeAndChangesNothing)
+{
+    const std::string mounted = folder / "small-disk";
+    fs::create_directory(mounted);
+    auto report = inOwnNamespace([&]() -> std::string {
+        if (::mount("tmpfs", mounted.c_str(), "tmpfs", 0, "size=2m") != 0)
+            return "unavailable";
+        fs::copy(directory(), mounted + "/History", fs::copy_options::recursive);
+        const std::string history = mounted + "/History";
+        auto store = HistoryStore::open(history, Calendar::fixed(0), HistoryStore::defaultSizeLimit, [this] { return now; });
+        if (!store)
+            return "the store didn't open";
+        const std::string placePath = history + "/" + record.folder;
+        const auto indexBefore = readBytes(history + "/index.json");
+        const auto currentBefore = readBytes(placePath + "/current.snap");
+        // A later scan of the same day: it replaces current.snap and writes the index only.
+        HistoryStore::SnapshotFiles files = filesFor(treeFor(85), utc(2024, 6, days, 11));
+        struct statvfs space {};
+        ::statvfs(mounted.c_str(), &space);
+        const std::uint64_t pageSize = space.f_bsize;
+        const std::uint64_t needed = (files.current.size() + pageSize - 1) / pageSize;
+        {
+            std::ofstream filler(mounted + "/filler", std::ios::binary);
+            std::vector<char> block(pageSize, 'x');
+            for (std::uint64_t page = 0; page + needed < space.f_bavail; ++page)
+                filler.write(block.data(), static_cast<std::streamsize>(block.size()));
+        }
+        std::string problems;
+        auto saved = (*store)->save(place, files);
+        if (saved)
+            problems += "the save succeeded on a full disk; ";
+        else if (saved.error().systemError != ENOSPC)
+            problems += "the save failed with " + saved.error().message() + "; ";
+        if (readBytes(history + "/index.json") != indexBefore)
+            problems += "index.json changed; ";
+        if (readBytes(placePath + "/current.snap") != currentBefore)
+            problems += "current.snap wasn't put back; ";
+        auto reopened = HistoryStore::open(history, Calendar::fixed(0), HistoryStore::defaultSizeLimit, [this] { return now; });
+        if (!reopened || (*reopened)->entries(place).size() != static_cast<std::size_t>(days) || (*reopened)->indexProblem())
+            problems += "the store as left doesn't read whole; ";
+        fs::remove(mounted + "/filler");
+        if (!(*store)->save(place, files))
+            problems += "the save with room again failed; ";
+        ::umount(mounted.c_str());
+        return problems;
+    });
+    if (!report)
+        GTEST_SKIP() << "user namespaces are not available here";
+    EXPECT_EQ(*report, "");
 }
