@@ -13,6 +13,10 @@ inline std::string notAbsolute(const std::string& argument)
 {
     return "'" + argument + "' is not a place: give an absolute path or one starting with ~/.";
 }
+inline std::string noSuchPlace(const std::string& path)
+{
+    return path + " names no folder or disk here.";
+}
 inline std::string notInScan(const std::string& path, const std::string& root)
 {
     return path + " is not in the scan of " + root + ". Run scan with it first.";
