@@ -115,31 +115,6 @@ std::vector<Damage> damages()
     };
 }
 
-// A scan encoded the way the app saves it, with colours, so that every reader (types too) has
-// what it needs.
-HistoryStore::SnapshotFiles filesFor(const std::shared_ptr<const ScanTree>& tree, Date date, std::optional<Snapshot::Volume> volume = std::nullopt)
-{
-    static const FixedTimeZone zone(0);
-    SnapshotColors colors = SnapshotColors::make(tree, DateGroup::Boundaries::make(date, zone));
-    auto encoded = Snapshot::encodeForStore(SnapshotReducer::reduce(*tree, { date, volume, &colors, &zone }));
-    HistoryStore::SnapshotFiles files;
-    files.date = date;
-    files.total = tree->allocatedSize(NodeID::root());
-    if (volume) {
-        files.volumeTotal = volume->total;
-        files.volumeAvailable = volume->available;
-    }
-    files.current = std::move(encoded->current);
-    files.day = std::move(encoded->day);
-    return files;
-}
-
-void saveWithColors(HistoryStore& store, const HistorySource& source, const std::shared_ptr<const ScanTree>& tree, Date date,
-    std::optional<Snapshot::Volume> volume = std::nullopt)
-{
-    ASSERT_TRUE(store.save(source, filesFor(tree, date, volume)));
-}
-
 nlohmann::json structured(const AgentResult& result)
 {
     return nlohmann::json::parse(result.encoded())["structured"];
