@@ -36,7 +36,8 @@ std::shared_ptr<const ScanTree> disk(std::size_t keptFolders, int day)
     const std::int32_t now = TreeDate::encodeUnixSeconds(static_cast<std::int64_t>(std::time(nullptr)));
     std::uint64_t serial = 0;
     while (folders.size() < keptFolders) {
-        NodeID parent = folders[folders.size() - 1 - std::min<std::size_t>(folders.size() - 1, random.below(48))];
+        // Parents among the first folders keep paths as short as a real disk's (a few levels).
+        NodeID parent = folders[random.below(std::min<std::size_t>(folders.size(), 1 + folders.size() / 20))];
         NodeID folder = builder.addNode(parent, "folder " + std::to_string(++serial), NodeKind::directory, std::nullopt, std::nullopt, serial,
             now, now, false);
         folders.push_back(folder);
