@@ -77,12 +77,18 @@ std::optional<Start> start(HistoryStore& store, const HistoryStore::SourceRecord
     if (auto loaded = load(store, record.source, *wanted))
         return Start { std::move(*loaded), std::nullopt, reaches };
     // Nearest first; of two as near, the earlier, which reaches back as far as was asked.
+    // The day of the latest scan comes last: it would compare that scan with itself.
     std::vector<HistoryEntry> others;
     for (const HistoryEntry& entry : record.entries) {
         if (entry.id != wanted->id)
             others.push_back(entry);
     }
+    auto isLatestDay = [&](const HistoryEntry& entry) {
+        return record.current && store.calendar().isSameDay(entry.date, record.current->date);
+    };
     std::stable_sort(others.begin(), others.end(), [&](const HistoryEntry& a, const HistoryEntry& b) {
+        if (isLatestDay(a) != isLatestDay(b))
+            return isLatestDay(b);
         auto da = distance(a.date, wanted->date), db = distance(b.date, wanted->date);
         return da != db ? da < db : a.date < b.date;
     });
