@@ -69,7 +69,8 @@ bool isTemporaryName(std::string_view name)
     return true;
 }
 
-std::expected<FileSignature, Failure> writeAtomically(const std::string& path, std::span<const std::uint8_t> bytes)
+std::expected<FileSignature, Failure> writeAtomically(const std::string& path, std::span<const std::uint8_t> bytes,
+    std::optional<std::int64_t> modifiedSeconds)
 {
     const std::string folder = parentOf(path);
     std::string temporary = folder + "/" + std::string(temporaryPrefix) + "XXXXXX";
@@ -77,8 +78,12 @@ std::expected<FileSignature, Failure> writeAtomically(const std::string& path, s
     if (descriptor < 0)
         return std::unexpected(Failure { path, errno });
     struct stat info {};
-    bool written = ::fchmod(descriptor, fileMode) == 0 && writeAll(descriptor, bytes.data(), bytes.size())
-        && ::fsync(descriptor) == 0 && ::fstat(descriptor, &info) == 0;
+    bool written = ::fchmod(descriptor, fileMode) == 0 && writeAll(descriptor, bytes.data(), bytes.size());
+    if (written && modifiedSeconds) {
+        const struct timespec times[2] = { { 0, UTIME_OMIT }, { static_cast<time_t>(*modifiedSeconds), 0 } };
+        written = ::futimens(descriptor, times) == 0;
+    }
+    written = written && ::fsync(descriptor) == 0 && ::fstat(descriptor, &info) == 0;
     int error = errno;
     ::close(descriptor);
     if (!written || ::rename(temporary.c_str(), path.c_str()) != 0) {

@@ -35,8 +35,11 @@ struct FileSignature {
 inline constexpr std::string_view temporaryPrefix = ".tmp.";
 bool isTemporaryName(std::string_view name);
 
-// Returns the signature of the new file.
-std::expected<FileSignature, Failure> writeAtomically(const std::string& path, std::span<const std::uint8_t> bytes);
+// Returns the signature of the new file. With modifiedSeconds (since 1970), the file's
+// modification time is set to it: a snapshot file carries its scan's date even when it
+// cannot be decoded any more.
+std::expected<FileSignature, Failure> writeAtomically(const std::string& path, std::span<const std::uint8_t> bytes,
+    std::optional<std::int64_t> modifiedSeconds = std::nullopt);
 std::expected<FileSignature, Failure> writeAtomically(const std::string& path, std::string_view text);
 // A missing file fails with ENOENT. When asked, also gives the signature of the version read.
 std::expected<std::vector<std::uint8_t>, Failure> readWhole(const std::string& path, FileSignature* signature = nullptr);

@@ -75,15 +75,23 @@ void carryKeptMarks(HistoryStore::SourceRecord& record, const HistoryStore::Inde
 
 }
 
-std::optional<HistoryEntry> entryFromFile(const std::string& path, std::int64_t id, std::string file)
+std::optional<HistoryEntry> entryFromFile(const std::string& path, std::int64_t id, std::string file, Damaged damaged)
 {
     HistoryFiles::FileSignature signature;
     auto bytes = HistoryFiles::readWhole(path, &signature);
     if (!bytes)
         return std::nullopt;
     auto snapshot = Snapshot::decode(*bytes);
-    if (!snapshot || !snapshot->isConsistent() || snapshot->nodeCount() == 0)
-        return std::nullopt;
+    if (!snapshot || !snapshot->isConsistent() || snapshot->nodeCount() == 0) {
+        if (damaged == Damaged::leaveOut)
+            return std::nullopt;
+        HistoryEntry entry;
+        entry.id = id;
+        entry.date = HistoryDate::normalized(Date(std::chrono::seconds(signature.modifiedSeconds)));
+        entry.file = std::move(file);
+        entry.bytes = static_cast<std::int64_t>(bytes->size());
+        return entry;
+    }
     HistoryEntry entry;
     entry.id = id;
     entry.date = HistoryDate::normalized(snapshot->date);
@@ -113,7 +121,7 @@ std::optional<HistoryStore::SourceRecord> recordOf(const std::string& directory,
     HistoryStore::SourceRecord record { *source, name, {}, std::nullopt };
     for (const std::string& file : names) {
         if (auto id = dayFileID(file)) {
-            if (auto entry = entryFromFile(folder + "/" + file, *id, file))
+            if (auto entry = entryFromFile(folder + "/" + file, *id, file, Damaged::list))
                 record.entries.push_back(std::move(*entry));
         }
     }

@@ -15,8 +15,12 @@ namespace tarnwick {
 namespace HistoryRecovery {
 
 // The entry for one snapshot file of a place's folder, from its own header: date, totals and
-// volume facts. Absent when the file is missing or does not decode. Not kept, without note.
-std::optional<HistoryEntry> entryFromFile(const std::string& path, std::int64_t id, std::string file);
+// volume facts. Not kept, without note. Absent when the file is missing or does not decode,
+// unless damaged files are asked for: then its date is the file's modification time (which a
+// save sets to the scan's date), so that the day is listed, and named as damaged, rather than
+// forgotten.
+enum class Damaged { leaveOut, list };
+std::optional<HistoryEntry> entryFromFile(const std::string& path, std::int64_t id, std::string file, Damaged damaged = Damaged::leaveOut);
 
 // The index of every place folder inside directory: its source.json (or, when that is
 // damaged, the path its snapshots were taken of), its day snapshots "{id}.snap" and its

@@ -304,7 +304,8 @@ std::expected<HistoryStore::SourceRecord*, StoreError> HistoryStore::recordForSa
 std::expected<HistoryEntry, StoreError> HistoryStore::writeSnapshot(
     const SourceRecord& record, HistoryEntry entry, const std::vector<std::uint8_t>& bytes) const
 {
-    auto written = HistoryFiles::writeAtomically(path(record, entry.file), std::span(bytes));
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(entry.date.time_since_epoch()).count();
+    auto written = HistoryFiles::writeAtomically(path(record, entry.file), std::span(bytes), seconds);
     if (!written)
         return std::unexpected(StoreError::writeFailed(written.error()));
     entry.bytes = static_cast<std::int64_t>(bytes.size());
