@@ -79,17 +79,19 @@ timed_run() {
     local start end status=0
     start=$EPOCHREALTIME
     if [ $have_time = 1 ]; then
-        /usr/bin/time -f '%M' -o "$work/time" "$@" >"$work/stdout" 2>"$work/stderr" || status=$?
+        /usr/bin/time -f '%U %M' -o "$work/time" "$@" >"$work/stdout" 2>"$work/stderr" || status=$?
     else
         "$@" >"$work/stdout" 2>"$work/stderr" || status=$?
     fi
     end=$EPOCHREALTIME
     awk -v a="$start" -v b="$end" 'BEGIN { printf "%.3f\n", b - a }' >"$work/seconds"
-    local rss=""
+    local rss="" user=""
     if [ $have_time = 1 ] && [ -s "$work/time" ]; then
-        rss=$(tail -n1 "$work/time" | grep -E '^[0-9]+$' || true)
+        rss=$(tail -n1 "$work/time" | awk '$2 ~ /^[0-9]+$/ { print $2 }')
+        user=$(tail -n1 "$work/time" | awk '$1 ~ /^[0-9.]+$/ { print $1 }')
         [ -n "$rss" ] && rss=$((rss * 1024))
     fi
+    printf '%s\n' "$user" >"$work/user"
     if [ -z "$rss" ]; then
         rss=$(json_field peak_rss_bytes "$work/stdout")
     fi
@@ -103,7 +105,7 @@ timed_run() {
 measure() {
     local mode=$1 entries=$2 label=$3
     shift 3
-    local shown="$*" seconds=() rss=() status=0 i
+    local shown="$*" seconds=() rss=() users=() status=0 i
     say "$mode: $label"
     if [ "$mode" = warm ]; then
         for ((i = 0; i < warmups; i++)); do
@@ -116,22 +118,25 @@ measure() {
             timed_run "$@" || { status=$?; break; }
             seconds+=("$(cat "$work/seconds")")
             rss+=("$(cat "$work/rss")")
+            users+=("$(cat "$work/user")")
         done
     fi
     if [ $status != 0 ]; then
         say "$label failed with status $status: $(head -c 300 "$work/stderr")"
-        echo "| $label | \`$shown\` | failed (exit $status) | | | | |" >>"$work/rows"
+        echo "| $label | \`$shown\` | failed (exit $status) | | | | | |" >>"$work/rows"
         return 0
     fi
-    local s r rate rss_text="n/a" per_entry="n/a"
+    local s r rate rss_text="n/a" per_entry="n/a" user_ns="n/a" u
     s=$(median "${seconds[@]}")
+    u=$(median $(printf '%s\n' "${users[@]}" | grep -E '^[0-9.]+$' || true))
+    [ -n "$u" ] && user_ns=$(awk -v u="$u" -v n="$entries" 'BEGIN { printf "%.0f", u * 1e9 / n }')
     rate=$(awk -v n="$entries" -v s="$s" 'BEGIN { if (s > 0) printf "%d", n / s; else print 0 }')
     r=$(median $(printf '%s\n' "${rss[@]}" | grep -E '^[0-9]+$' || true))
     if [ -n "$r" ]; then
         rss_text=$(megabytes "$r")
         per_entry=$(awk -v b="$r" -v n="$entries" 'BEGIN { printf "%.0f", b / n }')
     fi
-    echo "| $label | \`$shown\` | $s | $(grouped "$rate") | $rss_text | $per_entry | ${seconds[*]} |" >>"$work/rows"
+    echo "| $label | \`$shown\` | $s | $(grouped "$rate") | $user_ns | $rss_text | $per_entry | ${seconds[*]} |" >>"$work/rows"
 
     [ "$mode" = warm ] || return 0
     local items allocated logical workers
@@ -147,8 +152,8 @@ measure() {
 }
 
 table_head() {
-    echo "| Program | Command | Median s | Entries/s | Peak RSS | RSS bytes/entry | Measured runs (s) |"
-    echo "|---|---|---:|---:|---:|---:|---|"
+    echo "| Program | Command | Median s | Entries/s | User ns/entry | Peak RSS | RSS bytes/entry | Measured runs (s) |"
+    echo "|---|---|---:|---:|---:|---:|---:|---|"
 }
 
 # Every comparison on one tree, warm or cold.
@@ -163,12 +168,12 @@ compare() {
             done
         fi
     else
-        echo "| scan | \`$bin/scan\` | not built yet | | | | |" >>"$work/rows"
+        echo "| scan | \`$bin/scan\` | not built yet | | | | | |" >>"$work/rows"
     fi
     if [ $have_gdu = 1 ]; then
         measure "$mode" "$entries" "gdu" gdu -n -p -s --no-prefix "$tree"
     else
-        echo "| gdu | | not installed (apt-get install gdu) | | | | |" >>"$work/rows"
+        echo "| gdu | | not installed (apt-get install gdu) | | | | | |" >>"$work/rows"
     fi
     measure "$mode" "$entries" "du" du -s -B1 "$tree"
     local threads="1 2 4 8"

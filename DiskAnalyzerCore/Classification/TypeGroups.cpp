@@ -257,7 +257,8 @@ std::optional<std::vector<Group>> groups(const std::shared_ptr<const ScanTree>& 
 Extremes ratios(const ScanTree& tree, NodeID place)
 {
     auto ratioEntry = [&](NodeID node, std::optional<double> ratio) {
-        return Ratio { tree.path(node), tree.allocatedSize(node), tree.logicalSize(node), ratio };
+        return Ratio { tree.path(node), tree.allocatedSize(node), tree.logicalSize(node), ratio, tree.isIncomplete(node),
+            tree.flags(node).contains(NodeFlag::logicalIncomplete) };
     };
     Extremes extremes { ratioEntry(place, ratioOf(tree, place)), {}, {} };
     std::vector<std::pair<double, std::int32_t>> known;

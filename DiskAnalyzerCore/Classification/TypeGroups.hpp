@@ -51,6 +51,8 @@ struct Ratio {
     std::int64_t allocated = 0;
     std::int64_t logical = 0;
     std::optional<double> ratio; // unknown when the logical size is below 1 byte or incomplete
+    bool allocatedIncomplete = false; // the sizes are lower bounds
+    bool logicalIncomplete = false;
 };
 
 struct Extremes {

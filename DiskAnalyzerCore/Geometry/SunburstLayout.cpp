@@ -77,17 +77,23 @@ Centre centre(std::int64_t rootBytes, std::optional<VolumeCapacity> capacity)
     Centre result;
     if (!capacity)
         return result;
-    constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
-    std::int64_t available = std::min(std::max(capacity->available, std::int64_t { 0 }), largest - rootBytes);
-    std::int64_t total = std::max(rootBytes + available, capacity->total);
-    std::int64_t unaccounted = total - rootBytes - available;
+    constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max() / 4;
+    std::int64_t available = std::clamp<std::int64_t>(capacity->available, 0, largest);
+    std::int64_t reserved = std::clamp<std::int64_t>(capacity->reserved, 0, largest);
+    std::int64_t root = std::min(rootBytes, largest);
+    std::int64_t unaccounted = capacity->unaccounted(root);
+    std::int64_t total = std::max(root + unaccounted + reserved + available, capacity->total);
     double denominator = static_cast<double>(total);
-    result.rootEnd = static_cast<double>(rootBytes) / denominator;
-    double unaccountedEnd = std::min(result.rootEnd + static_cast<double>(unaccounted) / denominator, 1.0);
-    result.capacitySectors.push_back(
-        SunburstSector { SunburstSector::Unaccounted {}, 0, result.rootEnd, unaccountedEnd, unaccounted, SunburstSector::noBranch });
-    result.capacitySectors.push_back(
-        SunburstSector { SunburstSector::Available {}, 0, unaccountedEnd, 1.0, available, SunburstSector::noBranch });
+    result.rootEnd = static_cast<double>(root) / denominator;
+    double position = result.rootEnd;
+    auto add = [&](SunburstSector::Content content, std::int64_t bytes, bool last) {
+        double end = last ? 1.0 : std::min(position + static_cast<double>(bytes) / denominator, 1.0);
+        result.capacitySectors.push_back(SunburstSector { content, 0, position, end, bytes, SunburstSector::noBranch });
+        position = end;
+    };
+    add(SunburstSector::Unaccounted {}, unaccounted, false);
+    add(SunburstSector::Reserved {}, reserved, false);
+    add(SunburstSector::Available {}, available, true);
     return result;
 }
 

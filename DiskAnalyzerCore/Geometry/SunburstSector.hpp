@@ -25,11 +25,15 @@ struct SunburstSector {
     struct Unaccounted {
         bool operator==(const Unaccounted&) const = default;
     };
+    // Free space the file system keeps back for the system.
+    struct Reserved {
+        bool operator==(const Reserved&) const = default;
+    };
     // Free space of the volume.
     struct Available {
         bool operator==(const Available&) const = default;
     };
-    using Content = std::variant<NodeID, SmallObjects, Unaccounted, Available>;
+    using Content = std::variant<NodeID, SmallObjects, Unaccounted, Reserved, Available>;
 
     // Branches are positions among the root's ordered children; sectors that stand for
     // no single branch carry this value.

@@ -3,6 +3,7 @@
 #include "Classification/ContentClassifier.hpp"
 #include "Classification/PackageTypes.hpp"
 #include "Platform/DirectoryStream.hpp"
+#include "Platform/OwnedDescriptor.hpp"
 #include "Scanning/DirectoryListing.hpp"
 #include "Scanning/FolderLister.hpp"
 #include "Scanning/HomeFolders.hpp"
@@ -84,8 +85,8 @@ std::expected<std::vector<LiveEntry>, Error> list(const std::string& path, Visib
     int descriptor = DirectoryStream::open(-1, path, path);
     if (descriptor < 0)
         return std::unexpected(Error { path, -descriptor });
-    const DirectoryHandle handle(descriptor); // closes it on every way out
-    const DirectoryStream::FolderFacts facts = DirectoryStream::factsOf(descriptor);
+    const OwnedDescriptor handle(descriptor); // closes it on every way out
+    const std::uint64_t device = DirectoryStream::factsOf(descriptor).device;
     const bool insideHidden = folder == Visibility::hidden;
     std::optional<bool> isHome;
     auto buffer = std::make_unique<std::byte[]>(FolderLister::bufferSize);
@@ -97,8 +98,7 @@ std::expected<std::vector<LiveEntry>, Error> list(const std::string& path, Visib
         if (bytes == 0)
             break;
         DirectoryStream::forEachName(std::span<const std::byte>(buffer.get(), static_cast<std::size_t>(bytes)), [&](const char* rawName) {
-            ListedEntry listed;
-            DirectoryStream::describe(descriptor, rawName, facts.device, listed);
+            ListedEntry listed = FolderLister::entryFrom(DirectoryStream::describe(descriptor, rawName, device));
             std::string_view name(rawName);
             LiveEntry entry = entryFrom(name, listed);
             entry.hidden = insideHidden || name.front() == '.';

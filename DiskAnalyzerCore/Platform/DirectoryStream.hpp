@@ -1,10 +1,11 @@
 #pragma once
 
-#include "Scanning/DirectoryListing.hpp"
-
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace tarnwick::DirectoryStream {
 
@@ -12,6 +13,15 @@ namespace tarnwick::DirectoryStream {
 // time where the system lets us; relative to the parent's descriptor when there is one.
 // Returns the descriptor, or -errno.
 int open(int parentDescriptor, const std::string& name, const std::string& path);
+
+// Opens the folder at relativePath below an open folder, refusing a link at any step, so a
+// folder swapped for a link while a scan runs never leads outside it. Paths longer than the
+// system takes in one call are opened a stretch at a time. Returns the descriptor, or -errno.
+int openBelow(int baseDescriptor, std::string_view relativePath);
+
+// Whether an error number says the process or the system ran out of descriptors: a
+// passing shortage, never a property of the folder.
+constexpr bool isDescriptorShortage(int error);
 
 // One read of raw entries into buffer: the number of bytes, 0 at the end, or -errno.
 long readBatch(int descriptor, std::span<std::byte> buffer);
@@ -21,18 +31,33 @@ long readBatch(int descriptor, std::span<std::byte> buffer);
 template <typename Visit>
 void forEachName(std::span<const std::byte> batch, Visit visit);
 
-// Reads one entry's metadata relative to its folder (never following a link) into
-// entry: kind, sizes, dates, file identifier, device, or its error number.
-void describe(int folderDescriptor, const char* name, std::uint64_t folderDevice, ListedEntry& entry);
+// What one metadata read tells of an entry, never following a link.
+struct EntryFacts {
+    enum class Type : std::uint8_t { directory, file, symlink, other };
+    static constexpr std::int64_t noTime = std::numeric_limits<std::int64_t>::min();
 
-// The device and own dates of an open folder, for the scan root.
-struct FolderFacts {
-    std::uint64_t device = 0;
+    Type type = Type::other;
+    // A folder where another file system is mounted, an automount trigger, or one on another
+    // device than the folder it was listed in.
+    bool isMountPoint = false;
+    bool hasAllocatedSize = false;
+    bool hasLogicalSize = false;
+    std::int64_t allocatedSize = 0; // blocks in use, in bytes (folders too)
+    std::int64_t logicalSize = 0;
     std::uint64_t fileID = 0;
-    std::int32_t modified = 0;
-    std::int32_t created = 0;
+    std::uint64_t device = 0;
+    std::uint32_t linkCount = 1;
+    std::int64_t modifiedUnixSeconds = noTime;
+    std::int64_t createdUnixSeconds = noTime;
+    int error = 0; // the entry's own read error, 0 when none
 };
-FolderFacts factsOf(int descriptor);
+
+// Reads one entry's metadata relative to its folder. folderDevice is the device of the
+// folder being listed, to spot mount points.
+EntryFacts describe(int folderDescriptor, const char* name, std::uint64_t folderDevice);
+
+// The same facts of an open folder itself, for the scan root.
+EntryFacts factsOf(int descriptor);
 
 // The record layout getdents64 fills in.
 struct RawEntry {
@@ -55,6 +80,11 @@ void forEachName(std::span<const std::byte> batch, Visit visit)
             continue;
         visit(name);
     }
+}
+
+constexpr bool isDescriptorShortage(int error)
+{
+    return error == 24 /* EMFILE */ || error == 23 /* ENFILE */;
 }
 
 }

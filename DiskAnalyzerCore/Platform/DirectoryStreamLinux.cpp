@@ -1,14 +1,17 @@
 #include "Platform/DirectoryStream.hpp"
 
-#include "Scanning/TreeDate.hpp"
-
+#include <atomic>
 #include <cerrno>
+#include <climits>
 #include <fcntl.h>
+#include <linux/openat2.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 namespace tarnwick::DirectoryStream {
+
+static_assert(isDescriptorShortage(EMFILE) && isDescriptorShortage(ENFILE));
 
 namespace {
 
@@ -21,12 +24,65 @@ int openOnce(int parentDescriptor, const std::string& name, const std::string& p
     return ::open(path.c_str(), folderFlags | extra);
 }
 
-constexpr unsigned statxMask = STATX_TYPE | STATX_MODE | STATX_INO | STATX_SIZE | STATX_BLOCKS | STATX_MTIME | STATX_BTIME;
+// One step of openBelow: a path the kernel takes in one call. Returns fd or -errno.
+int openStretch(int baseDescriptor, const std::string& relativePath, int flags)
+{
+    static std::atomic<bool> hasOpenat2 { true };
+    if (hasOpenat2.load(std::memory_order_relaxed)) {
+        open_how how {};
+        how.flags = static_cast<std::uint64_t>(flags);
+        how.resolve = RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
+        long descriptor = syscall(SYS_openat2, baseDescriptor, relativePath.c_str(), &how, sizeof how);
+        if (descriptor >= 0)
+            return static_cast<int>(descriptor);
+        if (errno != ENOSYS)
+            return -errno;
+        hasOpenat2.store(false, std::memory_order_relaxed); // an old kernel: the last step still refuses a link
+    }
+    int descriptor = openat(baseDescriptor, relativePath.c_str(), flags);
+    return descriptor >= 0 ? descriptor : -errno;
+}
+
+constexpr unsigned statxMask = STATX_TYPE | STATX_MODE | STATX_NLINK | STATX_INO | STATX_SIZE | STATX_BLOCKS | STATX_MTIME | STATX_BTIME;
 constexpr int statxFlags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_STATX_DONT_SYNC;
 
 std::uint64_t deviceOf(const struct statx& info)
 {
     return (static_cast<std::uint64_t>(info.stx_dev_major) << 32) | info.stx_dev_minor;
+}
+
+EntryFacts factsFrom(const struct statx& info)
+{
+    EntryFacts facts;
+    facts.fileID = info.stx_ino;
+    facts.device = deviceOf(info);
+    if (info.stx_mask & STATX_NLINK)
+        facts.linkCount = info.stx_nlink;
+    if (info.stx_mask & STATX_MTIME)
+        facts.modifiedUnixSeconds = info.stx_mtime.tv_sec;
+    if (info.stx_mask & STATX_BTIME)
+        facts.createdUnixSeconds = info.stx_btime.tv_sec;
+    switch (info.stx_mode & S_IFMT) {
+    case S_IFDIR:
+        facts.type = EntryFacts::Type::directory;
+        break;
+    case S_IFREG:
+        facts.type = EntryFacts::Type::file;
+        break;
+    case S_IFLNK:
+        facts.type = EntryFacts::Type::symlink;
+        break;
+    default:
+        facts.type = EntryFacts::Type::other;
+        break;
+    }
+    facts.hasAllocatedSize = info.stx_mask & STATX_BLOCKS;
+    if (facts.hasAllocatedSize)
+        facts.allocatedSize = static_cast<std::int64_t>(info.stx_blocks) * 512;
+    facts.hasLogicalSize = info.stx_mask & STATX_SIZE;
+    if (facts.hasLogicalSize)
+        facts.logicalSize = static_cast<std::int64_t>(info.stx_size);
+    return facts;
 }
 
 }
@@ -40,64 +96,69 @@ int open(int parentDescriptor, const std::string& name, const std::string& path)
     return descriptor >= 0 ? descriptor : -errno;
 }
 
+int openBelow(int baseDescriptor, std::string_view relativePath)
+{
+    // Each call takes less than PATH_MAX bytes: cut at a separator, open that stretch as a
+    // bare reference, and go on from it.
+    constexpr std::size_t stretch = PATH_MAX - 256;
+    int base = baseDescriptor;
+    int owned = -1;
+    while (relativePath.size() >= stretch) {
+        std::size_t cut = relativePath.rfind('/', stretch);
+        if (cut == std::string_view::npos || cut == 0) {
+            if (owned >= 0)
+                close(owned);
+            return -ENAMETOOLONG;
+        }
+        int next = openStretch(base, std::string(relativePath.substr(0, cut)), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        if (owned >= 0)
+            close(owned);
+        if (next < 0)
+            return next;
+        base = owned = next;
+        relativePath.remove_prefix(cut + 1);
+    }
+    std::string last(relativePath);
+    int descriptor = openStretch(base, last, folderFlags | O_NOATIME);
+    if (descriptor == -EPERM)
+        descriptor = openStretch(base, last, folderFlags);
+    if (owned >= 0)
+        close(owned);
+    return descriptor;
+}
+
 long readBatch(int descriptor, std::span<std::byte> buffer)
 {
     long result = syscall(SYS_getdents64, descriptor, buffer.data(), buffer.size());
     return result >= 0 ? result : -errno;
 }
 
-void describe(int folderDescriptor, const char* name, std::uint64_t folderDevice, ListedEntry& entry)
+EntryFacts describe(int folderDescriptor, const char* name, std::uint64_t folderDevice)
 {
     struct statx info;
     if (statx(folderDescriptor, name, statxFlags, statxMask, &info) != 0) {
-        entry.kind = NodeKind::other;
-        entry.error = errno;
-        entry.modified = TreeDate::noDate;
-        entry.created = TreeDate::noDate;
-        return;
+        EntryFacts facts;
+        facts.error = errno;
+        return facts;
     }
-    entry.fileID = info.stx_ino;
-    entry.device = deviceOf(info);
-    entry.modified = (info.stx_mask & STATX_MTIME) ? TreeDate::encodeUnixSeconds(info.stx_mtime.tv_sec) : TreeDate::noDate;
-    entry.created = (info.stx_mask & STATX_BTIME) ? TreeDate::encodeUnixSeconds(info.stx_btime.tv_sec) : TreeDate::noDate;
-    switch (info.stx_mode & S_IFMT) {
-    case S_IFDIR: {
+    EntryFacts facts = factsFrom(info);
+    if (facts.type == EntryFacts::Type::directory) {
         bool mountRoot = (info.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) && (info.stx_attributes & STATX_ATTR_MOUNT_ROOT);
         bool trigger = (info.stx_attributes_mask & STATX_ATTR_AUTOMOUNT) && (info.stx_attributes & STATX_ATTR_AUTOMOUNT);
-        entry.kind = (mountRoot || trigger || entry.device != folderDevice) ? NodeKind::mountPoint : NodeKind::directory;
-        return;
+        facts.isMountPoint = mountRoot || trigger || facts.device != folderDevice;
     }
-    case S_IFREG:
-        entry.kind = NodeKind::file;
-        break;
-    case S_IFLNK:
-        entry.kind = NodeKind::symlink;
-        break;
-    default:
-        entry.kind = NodeKind::other;
-        break;
-    }
-    if (info.stx_mask & STATX_BLOCKS)
-        entry.allocatedSize = static_cast<std::int64_t>(info.stx_blocks) * 512;
-    if (info.stx_mask & STATX_SIZE)
-        entry.logicalSize = static_cast<std::int64_t>(info.stx_size);
+    return facts;
 }
 
-FolderFacts factsOf(int descriptor)
+EntryFacts factsOf(int descriptor)
 {
-    FolderFacts facts;
-    facts.modified = TreeDate::noDate;
-    facts.created = TreeDate::noDate;
     struct statx info;
-    if (statx(descriptor, "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, statxMask, &info) != 0)
+    if (statx(descriptor, "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, statxMask, &info) != 0) {
+        EntryFacts facts;
+        facts.error = errno;
         return facts;
-    facts.device = deviceOf(info);
-    facts.fileID = info.stx_ino;
-    if (info.stx_mask & STATX_MTIME)
-        facts.modified = TreeDate::encodeUnixSeconds(info.stx_mtime.tv_sec);
-    if (info.stx_mask & STATX_BTIME)
-        facts.created = TreeDate::encodeUnixSeconds(info.stx_btime.tv_sec);
-    return facts;
+    }
+    return factsFrom(info);
 }
 
 }

@@ -1,6 +1,6 @@
 #include "Platform/MountTable.hpp"
 
-#include "Scanning/FileSystemTypes.hpp"
+#include "Platform/FileSystemTypes.hpp"
 #include "Support/UnicodeNames.hpp"
 
 #include <algorithm>

@@ -25,6 +25,7 @@ struct NamedDevice {
 struct Space {
     std::int64_t total = 0;     // capacity in bytes
     std::int64_t available = 0; // bytes an unprivileged user can still write
+    std::int64_t reserved = 0;  // free bytes only the system may use (ext4's reserve)
 
     bool operator==(const Space&) const = default;
 };

@@ -63,7 +63,8 @@ std::optional<Space> space(const std::string& path)
     if (::statvfs(path.c_str(), &info) != 0)
         return std::nullopt;
     unsigned long long unit = info.f_frsize ? info.f_frsize : info.f_bsize;
-    return Space { bytesOf(info.f_blocks, unit), bytesOf(info.f_bavail, unit) };
+    fsblkcnt_t reserved = info.f_bfree > info.f_bavail ? info.f_bfree - info.f_bavail : 0;
+    return Space { bytesOf(info.f_blocks, unit), bytesOf(info.f_bavail, unit), bytesOf(reserved, unit) };
 }
 
 }

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "Scanning/FolderHandle.hpp"
 #include "Scanning/NodeID.hpp"
 #include "Scanning/NodeKind.hpp"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,30 +13,12 @@
 
 namespace tarnwick {
 
-// An open folder. Children are opened relative to it, so it stays open while any
-// task below it is pending and closes when the last of them lets go.
-class DirectoryHandle {
-public:
-    explicit DirectoryHandle(int descriptor)
-        : m_descriptor(descriptor)
-    {
-    }
-    ~DirectoryHandle();
-    DirectoryHandle(const DirectoryHandle&) = delete;
-    DirectoryHandle& operator=(const DirectoryHandle&) = delete;
-
-    [[nodiscard]] int descriptor() const { return m_descriptor; }
-
-private:
-    int m_descriptor;
-};
-
-// One folder waiting to be listed.
+// One folder waiting to be listed. A worker opens it relative to its parent when the parent
+// could be kept open within the scan's budget, else by its path below the scan's root.
 struct DirectoryTask {
     NodeID node;
-    std::shared_ptr<const DirectoryHandle> parent; // absent for the scan root
-    std::string name;
     std::string path;
+    std::shared_ptr<const FolderHandle> parent; // absent for the root and past the budget
     std::uint64_t device = 0; // the file system the folder was seen on, to spot mount points below it
 
     [[nodiscard]] std::string childPath(std::string_view childName) const
@@ -55,10 +39,11 @@ struct ListedEntry {
     std::uint32_t nameLength = 0;
     NodeKind kind = NodeKind::other;
     bool hidden = false;
-    std::optional<std::int64_t> allocatedSize;
+    std::optional<std::int64_t> allocatedSize; // folders too: their own blocks
     std::optional<std::int64_t> logicalSize;
     std::uint64_t fileID = 0;
     std::uint64_t device = 0;
+    std::uint32_t linkCount = 1;
     int error = 0; // the entry's own read error, 0 when none
     std::int32_t modified = 0;
     std::int32_t created = 0;
@@ -68,7 +53,7 @@ struct ListedEntry {
 // back to back in one buffer so a batch costs a couple of allocations, not one per name.
 struct DirectoryListing {
     DirectoryTask task;
-    std::shared_ptr<const DirectoryHandle> handle; // the opened folder, parent of its subfolders
+    std::shared_ptr<const FolderHandle> handle; // the folder kept open for its subfolders, if it could be
     std::vector<ListedEntry> entries;
     std::string names;
     bool isFinal = false;

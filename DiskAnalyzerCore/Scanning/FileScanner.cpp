@@ -2,6 +2,7 @@
 
 #include "Classification/PackageTypes.hpp"
 #include "Platform/DirectoryStream.hpp"
+#include "Platform/OwnedDescriptor.hpp"
 #include "Platform/ProcessResources.hpp"
 #include "Scanning/AdaptiveWorkers.hpp"
 #include "Scanning/FolderLister.hpp"
@@ -58,7 +59,7 @@ public:
     {
         auto startedAt = Clock::now();
         m_nextPreview = startedAt + std::chrono::seconds(1);
-        m_lastMeasurement = { startedAt, ProcessResources::processorSeconds(), 0 };
+        m_lastMeasurement = { startedAt, ProcessResources::processorSeconds(), 0, ProcessResources::runnableSeconds() };
         while (!m_pending.empty()) {
             std::vector<DirectoryListing> listings = m_scanner.m_listings.takeAll(std::chrono::milliseconds(500));
             for (DirectoryListing& listing : listings)
@@ -112,6 +113,8 @@ private:
         std::optional<std::int64_t> allocated = entry.allocatedSize;
         std::optional<std::int64_t> logical = entry.logicalSize;
         NodeID node = m_builder.addNode(listing.task.node, name, entry.kind, allocated, logical, entry.fileID, entry.modified, entry.created, entry.hidden);
+        if (entry.linkCount > 1 && !isContainer(entry.kind))
+            m_builder.noteHardLink(node, entry.device, entry.fileID);
         if (entry.error != 0)
             m_builder.recordIssue(node, IssueKinds::forEntryError(entry.error), entry.error, ErrorMessages::forErrorNumber(entry.error));
         if (!isContainer(entry.kind))
@@ -120,7 +123,7 @@ private:
             m_builder.markContentsUnready(node);
             return;
         }
-        subfolders.push_back(DirectoryTask { node, listing.handle, std::string(rawName), listing.task.childPath(rawName), entry.device });
+        subfolders.push_back(DirectoryTask { node, listing.task.childPath(rawName), listing.handle, entry.device });
     }
 
     void abandonQueuedFolders()
@@ -159,7 +162,10 @@ private:
         measurement.itemsPerSecond = static_cast<double>(m_builder.count() - m_lastMeasurement.items) / elapsed;
         measurement.load = (processor - m_lastMeasurement.processor) / (elapsed * m_tuner.current());
         measurement.waitingFolders = m_scanner.m_directories.waitingCount();
-        m_lastMeasurement = { now, processor, m_builder.count() };
+        std::optional<double> runnable = ProcessResources::runnableSeconds();
+        if (runnable && m_lastMeasurement.runnable && *runnable >= *m_lastMeasurement.runnable)
+            measurement.runnable = (*runnable - *m_lastMeasurement.runnable) / (elapsed * (m_tuner.current() + 1)); // and the collector
+        m_lastMeasurement = { now, processor, m_builder.count(), runnable };
         if (auto target = m_tuner.decide(measurement))
             m_scanner.setWorkerTarget(*target);
     }
@@ -168,6 +174,7 @@ private:
         Clock::time_point at;
         double processor = 0;
         std::int32_t items = 0;
+        std::optional<double> runnable;
     };
 
     FileScanner& m_scanner;
@@ -229,6 +236,8 @@ int FileScanner::peakWorkers() const
 
 void FileScanner::setWorkerTarget(int target)
 {
+    // Each worker holds one descriptor at most, so this also bounds the scan's descriptors.
+    target = std::clamp(target, 1, maximumWorkers);
     int toStart = m_directories.setWorkerTarget(target);
     {
         std::scoped_lock guard(m_peakLock);
@@ -254,7 +263,7 @@ void FileScanner::runWorker()
     callbacks.batchRead = m_options.hooks.directoryBatchRead;
     callbacks.isHomeFolder = [](const std::string& path) { return HomeFolders::isHomeFolder(path); };
     callbacks.isPackageExtension = [](std::string_view extension) { return PackageTypes::isDeclaredPackageExtension(extension); };
-    FolderLister lister(std::move(callbacks));
+    FolderLister lister(std::move(callbacks), FolderLister::Root { m_rootDescriptor, m_options.root, m_budget.get() });
     while (std::optional<DirectoryTask> task = m_directories.take())
         lister.list(std::move(*task));
 }
@@ -263,17 +272,23 @@ ScanOutcome FileScanner::scan()
 {
     ScanOutcome outcome;
     outcome.startedAt = std::chrono::system_clock::now();
-    ProcessResources::raiseOpenFileLimit();
+    int softLimit = ProcessResources::raiseOpenFileLimit();
+    int workers = m_options.workers.mode == Workers::Mode::fixed ? std::clamp(m_options.workers.count, 1, maximumWorkers) : AdaptiveWorkers::maximum;
+    m_budget = std::make_unique<DescriptorBudget>(DescriptorBudget::forProcess(softLimit, workers));
     ProcessResources::prepareScanThread("Tarnwick scan", m_options.priority);
 
     int descriptor = DirectoryStream::open(-1, m_options.root, m_options.root);
-    DirectoryStream::FolderFacts facts;
-    if (descriptor >= 0) {
-        facts = DirectoryStream::factsOf(descriptor);
-        close(descriptor);
-    }
+    // Every folder of the scan is opened below the root, which stays open until the end.
+    const OwnedDescriptor root(descriptor);
+    m_rootDescriptor = descriptor;
+    ListedEntry facts;
+    if (descriptor >= 0)
+        facts = FolderLister::entryFrom(DirectoryStream::factsOf(descriptor));
     TreeBuilder builder(displayName(m_options.root), NodeKind::directory, facts.fileID == 0 ? std::nullopt : std::optional(facts.fileID), 1024);
     builder.setMetadata(NodeID::root(), TreeDate::decode(facts.modified), TreeDate::decode(facts.created), false);
+    // The root's own blocks, as du counts them.
+    if (facts.allocatedSize)
+        builder.addSizesWithoutNodes(NodeID::root(), *facts.allocatedSize, 0, false);
     if (descriptor < 0) {
         int error = -descriptor;
         const std::string& message = ErrorMessages::forErrorNumber(error);
@@ -286,7 +301,7 @@ ScanOutcome FileScanner::scan()
     }
 
     Collector collector(*this, builder);
-    collector.enqueueRoot(DirectoryTask { NodeID::root(), nullptr, m_options.root, m_options.root, facts.device });
+    collector.enqueueRoot(DirectoryTask { NodeID::root(), m_options.root, nullptr, facts.device });
     setWorkerTarget(m_options.workers.mode == Workers::Mode::fixed ? std::max(1, m_options.workers.count) : AdaptiveWorkers::initial);
     collector.run();
     m_directories.close();

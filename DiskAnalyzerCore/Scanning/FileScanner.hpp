@@ -1,10 +1,11 @@
 #pragma once
 
+#include "Scanning/DescriptorBudget.hpp"
 #include "Scanning/DirectoryQueue.hpp"
 #include "Scanning/ListingQueue.hpp"
 #include "Scanning/ScanCoverage.hpp"
 #include "Scanning/ScanOutcome.hpp"
-#include "Scanning/ScanPriority.hpp"
+#include "Platform/ScanPriority.hpp"
 #include "Scanning/ScanProgress.hpp"
 
 #include <atomic>
@@ -50,6 +51,9 @@ public:
         bool sourceLost = false;
     };
 
+    // The most workers a scan runs; with the root, also the most descriptors it holds.
+    static constexpr int maximumWorkers = 64;
+
     explicit FileScanner(Options options);
     ~FileScanner();
     FileScanner(const FileScanner&) = delete;
@@ -73,6 +77,9 @@ private:
     [[nodiscard]] bool isStopped() const { return m_stopped.load(std::memory_order_relaxed); }
 
     Options m_options;
+    int m_rootDescriptor = -1;
+    // Declared before the queues: tasks and listings still queued give their places back.
+    std::unique_ptr<DescriptorBudget> m_budget;
     mutable std::mutex m_stopLock;
     StopState m_stopState;
     std::atomic<bool> m_stopped { false };

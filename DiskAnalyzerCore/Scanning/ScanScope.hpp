@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Scanning/MountInfo.hpp"
+#include "Platform/MountInfo.hpp"
 #include "Scanning/SourceKind.hpp"
 
 #include <string>

@@ -78,6 +78,15 @@ const ScanIssue* ScanTree::issue(NodeID node) const
     return &m_issues[static_cast<std::size_t>(found->second)];
 }
 
+std::optional<NodeID> ScanTree::hardLinkCarrier(NodeID node) const
+{
+    (void)checked(node);
+    auto found = m_hardLinkCarriers.find(node.value);
+    if (found == m_hardLinkCarriers.end())
+        return std::nullopt;
+    return NodeID { found->second };
+}
+
 bool ScanTree::isAncestor(NodeID ancestor, NodeID node) const
 {
     (void)checked(ancestor);

@@ -62,6 +62,9 @@ public:
     [[nodiscard]] bool hasOwnHiddenAttribute(NodeID node) const;
     [[nodiscard]] std::optional<std::uint64_t> fileIdentifier(NodeID node) const;
     [[nodiscard]] const ScanIssue* issue(NodeID node) const;
+    // For a name of a hard-linked file that is counted at another of its names in this tree:
+    // that name. Absent for the name that carries the size and for every other node.
+    [[nodiscard]] std::optional<NodeID> hardLinkCarrier(NodeID node) const;
 
     // A node is not its own ancestor.
     [[nodiscard]] bool isAncestor(NodeID ancestor, NodeID node) const;
@@ -105,6 +108,7 @@ private:
     MappedColumn<std::int32_t> m_childStart;   // count + 1 entries; a node's children end where the next node's start
     MappedColumn<NodeID> m_orderedChildren;
     std::unordered_map<std::int32_t, std::int32_t> m_firstIssueByNode;
+    std::unordered_map<std::int32_t, std::int32_t> m_hardLinkCarriers;
 };
 
 }

@@ -1,7 +1,7 @@
 #include "Scanning/ScopeResolver.hpp"
 
 #include "Platform/MountTable.hpp"
-#include "Scanning/FileSystemTypes.hpp"
+#include "Platform/FileSystemTypes.hpp"
 #include "Support/UnicodeNames.hpp"
 
 #include <climits>

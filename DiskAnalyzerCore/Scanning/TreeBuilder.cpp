@@ -52,7 +52,11 @@ NodeID TreeBuilder::addNode(NodeID parent, std::string_view name, NodeKind kind,
     std::uint8_t flags = 0;
     std::int64_t allocated = 0;
     std::int64_t logical = 0;
-    if (!hasOnlyRolledUpSize(kind)) {
+    if (isContainer(kind)) {
+        // A folder's own blocks are real space (about 2 MB for 100,000 names on ext4); what it
+        // holds is added by the roll-up.
+        allocated = std::max<std::int64_t>(allocatedSize.value_or(0), 0);
+    } else if (!hasOnlyRolledUpSize(kind)) {
         if (allocatedSize)
             allocated = std::max<std::int64_t>(*allocatedSize, 0);
         else
@@ -110,6 +114,59 @@ void TreeBuilder::recordIssue(NodeID node, IssueKind kind, int code, std::string
 {
     m_flags[node.index()] |= bit(NodeFlag::hasIssue);
     m_issues.push_back(ScanIssue { node, kind, code, std::move(message) });
+}
+
+void TreeBuilder::noteHardLink(NodeID node, std::uint64_t device, std::uint64_t fileID)
+{
+    m_hardLinks.push_back(HardLink { device, fileID, node.value });
+}
+
+std::string TreeBuilder::pathFromRoot(std::int32_t node) const
+{
+    std::vector<std::string_view> names;
+    for (std::int32_t i = node; i > 0; i = m_parents[static_cast<std::size_t>(i)])
+        names.push_back(m_names[static_cast<std::size_t>(i)]);
+    std::string path;
+    for (auto name = names.rbegin(); name != names.rend(); ++name) {
+        path += '/';
+        path += *name;
+    }
+    return path;
+}
+
+std::unordered_map<std::int32_t, std::int32_t> TreeBuilder::settleHardLinks()
+{
+    std::unordered_map<std::int32_t, std::int32_t> carriers;
+    auto sameFile = [](const HardLink& a, const HardLink& b) { return a.device == b.device && a.fileID == b.fileID; };
+    std::sort(m_hardLinks.begin(), m_hardLinks.end(), [](const HardLink& a, const HardLink& b) {
+        return a.device != b.device ? a.device < b.device : a.fileID != b.fileID ? a.fileID < b.fileID : a.node < b.node;
+    });
+    for (auto first = m_hardLinks.begin(); first != m_hardLinks.end();) {
+        auto last = std::find_if_not(first, m_hardLinks.end(), [&](const HardLink& link) { return sameFile(link, *first); });
+        if (last - first > 1) {
+            // The carrier does not depend on the order the workers happened to list folders in.
+            std::int32_t carrier = first->node;
+            std::string carrierPath = pathFromRoot(carrier);
+            for (auto link = first + 1; link != last; ++link) {
+                std::string path = pathFromRoot(link->node);
+                if (path < carrierPath) {
+                    carrier = link->node;
+                    carrierPath = std::move(path);
+                }
+            }
+            for (auto link = first; link != last; ++link) {
+                if (link->node == carrier)
+                    continue;
+                auto i = static_cast<std::size_t>(link->node);
+                m_allocated[i] = 0;
+                m_logical[i] = 0;
+                carriers.emplace(link->node, carrier);
+            }
+        }
+        first = last;
+    }
+    m_hardLinks = {};
+    return carriers;
 }
 
 std::optional<NodeID> TreeBuilder::parent(NodeID node) const
@@ -194,6 +251,7 @@ std::shared_ptr<const ScanTree> TreeBuilder::finalize(std::string rootPath, Scan
 
     for (std::size_t i = 0; i < n; ++i)
         m_flags[i] = completedFlags(m_flags[i]);
+    tree->m_hardLinkCarriers = settleHardLinks();
 
     // Roll-up: one descending pass, because every parent's number is smaller.
     for (std::size_t i = n - 1; i >= 1; --i) {
@@ -236,22 +294,43 @@ std::shared_ptr<const ScanTree> TreeBuilder::finalize(std::string rootPath, Scan
         for (std::size_t i = 1; i < n; ++i)
             ordered[static_cast<std::size_t>(next[static_cast<std::size_t>(m_parents[i])]++)] = NodeID { static_cast<std::int32_t>(i) };
     }
-    const auto& allocated = m_allocated;
-    const auto& names = m_names;
-    auto displayOrder = [&](NodeID a, NodeID b) {
-        std::int64_t sa = allocated[a.index()], sb = allocated[b.index()];
-        if (sa != sb)
-            return sa > sb;
-        int byName = names[a.index()].compare(names[b.index()]);
+    // Display order: larger first, then by name in byte order, then by number. The first
+    // eight bytes of each name ride along in the sort key, so most ties between equal sizes
+    // are settled without looking the names up.
+    struct SortKey {
+        std::int64_t size;
+        std::uint64_t prefix;
+        NodeID node;
+    };
+    auto prefixOf = [this](NodeID node) {
+        std::string_view name = m_names[node.index()];
+        std::uint64_t prefix = 0;
+        for (std::size_t b = 0; b < 8; ++b)
+            prefix = (prefix << 8) | (b < name.size() ? static_cast<unsigned char>(name[b]) : 0u);
+        return prefix;
+    };
+    auto displayOrder = [this](const SortKey& a, const SortKey& b) {
+        if (a.size != b.size)
+            return a.size > b.size;
+        if (a.prefix != b.prefix)
+            return a.prefix < b.prefix;
+        int byName = m_names[a.node.index()].compare(m_names[b.node.index()]);
         if (byName != 0)
             return byName < 0;
-        return a.value < b.value;
+        return a.node.value < b.node.value;
     };
+    std::vector<SortKey> keys;
     for (std::size_t i = 0; i < n; ++i) {
         auto first = ordered.begin() + childStart[i];
         auto last = ordered.begin() + childStart[i + 1];
-        if (last - first > 1)
-            std::sort(first, last, displayOrder);
+        if (last - first < 2)
+            continue;
+        keys.clear();
+        for (auto child = first; child != last; ++child)
+            keys.push_back(SortKey { m_allocated[child->index()], prefixOf(*child), *child });
+        std::sort(keys.begin(), keys.end(), displayOrder);
+        for (const SortKey& key : keys)
+            *first++ = key.node;
     }
 
     tree->m_issues = std::move(m_issues);

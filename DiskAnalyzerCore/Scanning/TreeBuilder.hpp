@@ -51,6 +51,9 @@ public:
     // Sizes of items that get no node; both additions saturate.
     void addSizesWithoutNodes(NodeID folder, std::int64_t allocated, std::int64_t logical, bool includesUnknown);
     void recordIssue(NodeID node, IssueKind kind, int code, std::string message);
+    // A file with more than one name. Finalize counts each file once, at the name whose path
+    // comes first in byte order; its other names in this tree keep their nodes at 0 bytes.
+    void noteHardLink(NodeID node, std::uint64_t device, std::uint64_t fileID);
     void markContentsUnready(NodeID folder) { m_flags[folder.index()] |= static_cast<std::uint8_t>(NodeFlag::contentsUnread); }
     void markScanning(NodeID folder) { m_flags[folder.index()] |= static_cast<std::uint8_t>(NodeFlag::scanning); }
 
@@ -90,6 +93,17 @@ private:
     MappedColumn<std::uint8_t> m_hidden;
     std::unordered_map<std::int32_t, std::int32_t> m_oldestWithoutNodes;
     std::vector<ScanIssue> m_issues;
+    struct HardLink {
+        std::uint64_t device;
+        std::uint64_t fileID;
+        std::int32_t node;
+    };
+    std::vector<HardLink> m_hardLinks;
+
+    // Zeroes the sizes of every name of a file but the one that carries it, and returns each
+    // such name's carrier.
+    std::unordered_map<std::int32_t, std::int32_t> settleHardLinks();
+    [[nodiscard]] std::string pathFromRoot(std::int32_t node) const;
 };
 
 

@@ -1,6 +1,7 @@
 #include "Support/UnicodeNames.hpp"
 
 #include <cstdlib>
+#include <cstring>
 #include <utf8proc.h>
 
 namespace tarnwick::UnicodeNames {
@@ -42,6 +43,14 @@ std::size_t validSequenceLength(std::string_view bytes)
 
 bool isValidUTF8(std::string_view bytes)
 {
+    // Most names are ASCII: eight bytes at a time until the first that is not.
+    while (bytes.size() >= 8) {
+        std::uint64_t word;
+        std::memcpy(&word, bytes.data(), 8);
+        if (word & 0x8080808080808080ULL)
+            break;
+        bytes.remove_prefix(8);
+    }
     while (!bytes.empty()) {
         std::size_t length = validSequenceLength(bytes);
         if (length == 0)

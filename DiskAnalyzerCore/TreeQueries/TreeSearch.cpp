@@ -128,8 +128,10 @@ Found largestItems(const ScanTree& tree, NodeID below, NodeKindSet kinds, std::i
         if (filter.passes(node)) {
             std::int64_t size = filter.sizes[static_cast<std::size_t>(node)];
             ++found.matchCount;
-            if ((parentState & insideMatch) == 0)
-                SaturatingMath::add(found.matchedBytes, size);
+            if ((parentState & insideMatch) == 0) {
+                if (SaturatingMath::add(found.matchedBytes, size) || tree.isIncomplete(NodeID { node }))
+                    found.matchedIncomplete = true;
+            }
             own |= insideMatch;
             largest.offer(Item { NodeID { node }, size });
         }

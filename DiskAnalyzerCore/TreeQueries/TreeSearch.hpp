@@ -38,6 +38,7 @@ struct Found {
     std::vector<Item> items;       // largest size on disk first; at equal sizes the smaller node number first
     std::int64_t matchCount = 0;   // every match, including those past the limit
     std::int64_t matchedBytes = 0; // size on disk of all matches, a match inside another counted once; saturates
+    bool matchedIncomplete = false; // matchedBytes is a lower bound: a counted match could not be read in full
 
     bool operator==(const Found&) const = default;
 };

@@ -3,6 +3,7 @@
 #include "MapPalette.hpp"
 #include "OffThread.hpp"
 #include "Scanning/NodeStatus.hpp"
+#include "TreeQueries/HardLinkNote.hpp"
 #include "Scanning/ScanTree.hpp"
 #include "Scanning/ScopeResolver.hpp"
 #include "ViewFormat.hpp"
@@ -223,6 +224,8 @@ void InspectorView::showNode(std::shared_ptr<const ScanTree> tree, NodeID node, 
     }
     for (std::string_view explanation : NodeStatus::explanations(scan, node))
         addNote(QString::fromUtf8(explanation.data(), static_cast<qsizetype>(explanation.size())), false);
+    if (auto note = HardLinkNote::text(scan, node))
+        addNote(QString::fromStdString(*note), false);
 
     if (sameItem)
         return;

@@ -147,12 +147,13 @@ LegendContent LegendContent::make(const ColorMap& colors, const ScanTree& tree, 
         addScale(legend, colors, tree, root);
     legend.keys.push_back({ MapPalette::smallObjects(), ViewTexts::smallObjects, 0, {} });
     if (capacity && capacity->total > 0 && root == NodeID::root()) {
-        std::int64_t used = tree.allocatedSize(root);
         std::int64_t available = std::max<std::int64_t>(capacity->available, 0);
-        std::int64_t unaccounted = std::max<std::int64_t>(capacity->total - used - available, 0);
+        std::int64_t unaccounted = capacity->unaccounted(tree.allocatedSize(root));
         auto ofDisk = [&](std::int64_t bytes) { return ViewFormat::percent(static_cast<double>(bytes) / static_cast<double>(capacity->total)); };
         if (unaccounted > 0)
             legend.items.push_back({ MapPalette::unaccounted(), ViewTexts::unaccounted, unaccounted, ofDisk(unaccounted) });
+        if (capacity->reserved > 0)
+            legend.items.push_back({ MapPalette::reserved(), ViewTexts::reserved, capacity->reserved, ofDisk(capacity->reserved) });
         legend.items.push_back({ MapPalette::available(), ViewTexts::available, available, ofDisk(available) });
     }
     return legend;

@@ -144,6 +144,11 @@ QColor unaccounted()
     return QColor(0x94, 0x9D, 0xAB);
 }
 
+QColor reserved()
+{
+    return QColor(0xD5, 0xDB, 0xE3);
+}
+
 QColor uncolored(int branch)
 {
     return (branch % 2 == 0) ? QColor(0xC9, 0xD0, 0xDA) : QColor(0xB8, 0xC0, 0xCC);

@@ -32,6 +32,8 @@ QColor color(const NodeColor& color, const ColorMap& map);
 QColor smallObjects();
 QColor available();
 QColor unaccounted();
+// The file system's reserve: free, but not for the user.
+QColor reserved();
 QColor uncolored(int branch);
 QColor sectorBorder();
 QColor centerFill();

@@ -7,7 +7,9 @@
 #include "ViewFormat.hpp"
 #include "ViewTexts.hpp"
 
+#include <QContextMenuEvent>
 #include <QHelpEvent>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QTimer>
@@ -31,6 +33,8 @@ SunburstView::SunburstView(QWidget* parent)
     , m_banner(new ScanBanner(this))
 {
     setMouseTracking(true);
+    // Clicked or tabbed to, the map takes the keyboard, so keys meant for it stay with it.
+    setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(320, 320);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     setObjectName("sunburst");
@@ -226,16 +230,26 @@ std::optional<SunburstSector> SunburstView::sectorOf(NodeID node)
     return std::nullopt;
 }
 
+std::optional<QString> SunburstView::capacityTitle(const SunburstSector& sector)
+{
+    if (std::holds_alternative<SunburstSector::Available>(sector.content))
+        return ViewTexts::available;
+    if (std::holds_alternative<SunburstSector::Unaccounted>(sector.content))
+        return ViewTexts::unaccounted;
+    if (std::holds_alternative<SunburstSector::Reserved>(sector.content))
+        return ViewTexts::reserved;
+    return std::nullopt;
+}
+
 QString SunburstView::describe(const SunburstSector& sector) const
 {
     if (!m_tree)
         return {};
     QString rootName = ViewFormat::name(*m_tree, m_root);
     std::int64_t total = std::max<std::int64_t>(m_tree->allocatedSize(m_root), 1);
-    if (std::holds_alternative<SunburstSector::Available>(sector.content) || std::holds_alternative<SunburstSector::Unaccounted>(sector.content)) {
-        QString title = std::holds_alternative<SunburstSector::Available>(sector.content) ? ViewTexts::available : ViewTexts::unaccounted;
+    if (std::optional<QString> title = capacityTitle(sector)) {
         double ofDisk = m_capacity && m_capacity->total > 0 ? static_cast<double>(sector.bytes) / static_cast<double>(m_capacity->total) : 0;
-        return QStringLiteral("<b>%1</b><br>%2 · %3").arg(title.toHtmlEscaped(), ViewFormat::size(sector.bytes),
+        return QStringLiteral("<b>%1</b><br>%2 · %3").arg(title->toHtmlEscaped(), ViewFormat::size(sector.bytes),
             ViewTexts::ofDisk(ViewFormat::percent(ofDisk)));
     }
     double share = static_cast<double>(sector.bytes) / static_cast<double>(total);
@@ -261,6 +275,8 @@ QColor SunburstView::fill(const SunburstSector& sector) const
         return MapPalette::available();
     if (std::holds_alternative<SunburstSector::Unaccounted>(sector.content))
         return MapPalette::unaccounted();
+    if (std::holds_alternative<SunburstSector::Reserved>(sector.content))
+        return MapPalette::reserved();
     if (std::holds_alternative<SunburstSector::SmallObjects>(sector.content))
         return MapPalette::forRing(MapPalette::smallObjects(), sector.ring);
     QColor base = m_colors ? MapPalette::color(m_colors->color(*sector.node()), *m_colors) : MapPalette::uncolored(sector.branch);
@@ -336,8 +352,7 @@ std::pair<QString, QString> SunburstView::centerTexts() const
             return { ViewFormat::name(*m_tree, *node), ViewFormat::size(*m_tree, *node) };
         if (const auto* rest = std::get_if<SunburstSector::SmallObjects>(&m_hover->content))
             return { ViewTexts::smallObjectsCount(ViewFormat::count(rest->count())), ViewFormat::size(m_hover->bytes) };
-        bool available = std::holds_alternative<SunburstSector::Available>(m_hover->content);
-        return { available ? ViewTexts::available : ViewTexts::unaccounted, ViewFormat::size(m_hover->bytes) };
+        return { capacityTitle(*m_hover).value_or(QString()), ViewFormat::size(m_hover->bytes) };
     }
     QString detail = m_tree ? ViewFormat::size(*m_tree, m_root) : QString();
     if (m_progress)
@@ -419,6 +434,25 @@ void SunburstView::mouseReleaseEvent(QMouseEvent* event)
         Q_EMIT folderOpened(*node);
     else
         Q_EMIT nodeSelected(*node);
+}
+
+void SunburstView::contextMenuEvent(QContextMenuEvent* event)
+{
+    std::optional<SunburstSector> sector = sectorAt(event->pos());
+    if (sector && sector->node())
+        Q_EMIT itemMenuRequested(*sector->node(), event->globalPos());
+    else if (m_tree && !m_progress)
+        Q_EMIT itemMenuRequested(m_root, event->globalPos());
+}
+
+void SunburstView::keyPressEvent(QKeyEvent* event)
+{
+    // Escape stops a running scan; going up and back are the window's shortcuts.
+    if (event->key() == Qt::Key_Escape && m_progress) {
+        Q_EMIT stopRequested();
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }
 
 bool SunburstView::event(QEvent* event)

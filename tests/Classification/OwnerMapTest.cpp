@@ -2,6 +2,7 @@
 #include "Classification/OwnerMap.hpp"
 #include "Classification/TreeFixture.hpp"
 #include "Scanning/FileScanner.hpp"
+#include "Support/DiskUsage.hpp"
 #include "Support/TempFolder.hpp"
 
 #include <gtest/gtest.h>
@@ -24,15 +25,10 @@ void writeText(const std::string& path, std::string_view text)
 }
 
 // Bytes on disk of everything below path that is not a folder, as the scanner counts them.
+// As du counts it: the folder's own blocks and everything below.
 std::int64_t bytesBelow(const std::string& path)
 {
-    std::int64_t total = 0;
-    for (auto it = std::filesystem::recursive_directory_iterator(path); it != std::filesystem::recursive_directory_iterator(); ++it) {
-        struct stat info;
-        if (lstat(it->path().c_str(), &info) == 0 && !S_ISDIR(info.st_mode))
-            total += static_cast<std::int64_t>(info.st_blocks) * 512;
-    }
-    return total;
+    return tarnwick::fixtures::duTotal(path);
 }
 
 std::map<std::string, std::int64_t> bytesByKey(const OwnerMap& map)

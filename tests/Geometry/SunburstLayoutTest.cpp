@@ -67,7 +67,9 @@ std::string describe(const SunburstLayout& layout)
             else if (auto* rest = std::get_if<SunburstSector::SmallObjects>(&s.content))
                 text += "rest(" + std::to_string(rest->parent.value) + ":" + std::to_string(rest->lower) + "-" + std::to_string(rest->upper) + ")";
             else
-                text += std::holds_alternative<SunburstSector::Unaccounted>(s.content) ? "unaccounted" : "available";
+                text += std::holds_alternative<SunburstSector::Unaccounted>(s.content) ? "unaccounted"
+                    : std::holds_alternative<SunburstSector::Reserved>(s.content)      ? "reserved"
+                                                                                       : "available";
             std::snprintf(number, sizeof number, " %.6g-%.6g", s.start, s.end);
             text += number;
             if (s.branch != SunburstSector::noBranch)
@@ -103,11 +105,15 @@ TEST(SunburstLayout, VolumeCapacity)
     };
     const Case cases[] {
         { "1000 GB volume, 500 GB free", VolumeCapacity { 1000 * GB, 500 * GB }, "#1 0-0.3 b0, #2 0.3-0.4 b1, unaccounted 0.4-0.5, available 0.5-1" },
+        { "an ext4 reserve is its own piece, not used space", VolumeCapacity { 1000 * GB, 450 * GB, 50 * GB },
+            "#1 0-0.3 b0, #2 0.3-0.4 b1, unaccounted 0.4-0.5, reserved 0.5-0.55, available 0.55-1" },
+        { "a scan that finds everything leaves nothing unaccounted", VolumeCapacity { 1000 * GB, 550 * GB, 50 * GB },
+            "#1 0-0.3 b0, #2 0.3-0.4 b1, reserved 0.4-0.45, available 0.45-1" },
         { "no capacity", std::nullopt, "#1 0-0.75 b0, #2 0.75-1 b1" },
         { "negative free space counts as none", VolumeCapacity { 1000 * GB, -5 }, "#1 0-0.3 b0, #2 0.3-0.4 b1, unaccounted 0.4-1" },
         { "a total below used plus free is raised", VolumeCapacity { 0, 600 * GB }, "#1 0-0.3 b0, #2 0.3-0.4 b1, available 0.4-1" },
         { "a full volume", VolumeCapacity { 400 * GB, 0 }, "#1 0-0.75 b0, #2 0.75-1 b1" },
-        { "free space that would overflow is capped", VolumeCapacity { 0, largest }, "available 4.33681e-08-1" },
+        { "free space that would overflow is capped", VolumeCapacity { 0, largest }, "available 1.73472e-07-1" },
     };
     for (const Case& c : cases)
         EXPECT_EQ(describe(layOut(*tree, 8, 0, c.capacity)), c.rings) << c.what;
@@ -115,7 +121,13 @@ TEST(SunburstLayout, VolumeCapacity)
     SunburstLayout layout = layOut(*tree, 8, 0, VolumeCapacity { 1000 * GB, 500 * GB });
     EXPECT_EQ(layout.rings[0][2].bytes, 100 * GB);
     EXPECT_EQ(layout.rings[0][3].bytes, 500 * GB);
-    EXPECT_EQ(layOut(*tree, 8, 0, VolumeCapacity { 0, largest }).rings[0][0].bytes, largest - 400 * GB);
+    EXPECT_EQ(layOut(*tree, 8, 0, VolumeCapacity { 0, largest }).rings[0][0].bytes, largest / 4);
+    // The pieces of a whole disk add up to its capacity.
+    SunburstLayout reserved = layOut(*tree, 8, 0, VolumeCapacity { 1000 * GB, 450 * GB, 50 * GB });
+    std::int64_t sum = 0;
+    for (const SunburstSector& sector : reserved.rings[0])
+        sum += sector.bytes;
+    EXPECT_EQ(sum, 1000 * GB);
 }
 
 TEST(SunburstLayout, MinimumSpansAndSmallObjects)

@@ -35,24 +35,41 @@ struct Totals {
     std::int64_t logical = 0;
 };
 
-// What lstat says, summed for every folder over every entry below it, each entry counted
-// where it stands; a folder's own blocks are not part of its total.
+// What lstat says of every entry below root, summed for every folder: a folder's own blocks
+// count, a file with several names counts once, at its first path in byte order.
 std::map<std::string, Totals> lstatTotals(const std::string& root)
 {
-    std::map<std::string, Totals> totals;
-    totals[root];
-    for (auto it = std::filesystem::recursive_directory_iterator(root); it != std::filesystem::recursive_directory_iterator(); ++it) {
+    struct Entry {
+        std::string path;
         struct stat info;
-        std::string path = it->path().string();
-        if (lstat(path.c_str(), &info) != 0)
+    };
+    std::vector<Entry> entries;
+    std::map<std::pair<dev_t, ino_t>, std::string> carriers;
+    for (auto it = std::filesystem::recursive_directory_iterator(root); it != std::filesystem::recursive_directory_iterator(); ++it) {
+        Entry entry { it->path().string(), {} };
+        if (lstat(entry.path.c_str(), &entry.info) != 0)
             continue;
-        if (S_ISDIR(info.st_mode)) {
-            totals[path];
-            continue;
+        if (!S_ISDIR(entry.info.st_mode) && entry.info.st_nlink > 1) {
+            auto [at, added] = carriers.try_emplace({ entry.info.st_dev, entry.info.st_ino }, entry.path);
+            if (!added && entry.path < at->second)
+                at->second = entry.path;
         }
-        std::int64_t allocated = static_cast<std::int64_t>(info.st_blocks) * 512;
-        std::int64_t logical = info.st_size;
-        for (std::filesystem::path folder = it->path().parent_path();; folder = folder.parent_path()) {
+        entries.push_back(std::move(entry));
+    }
+    std::map<std::string, Totals> totals;
+    struct stat rootInfo;
+    lstat(root.c_str(), &rootInfo);
+    totals[root].allocated = static_cast<std::int64_t>(rootInfo.st_blocks) * 512;
+    for (const Entry& entry : entries) {
+        bool isFolder = S_ISDIR(entry.info.st_mode);
+        if (isFolder)
+            totals[entry.path].allocated += static_cast<std::int64_t>(entry.info.st_blocks) * 512;
+        auto carrier = carriers.find({ entry.info.st_dev, entry.info.st_ino });
+        if (carrier != carriers.end() && carrier->second != entry.path)
+            continue;
+        std::int64_t allocated = static_cast<std::int64_t>(entry.info.st_blocks) * 512;
+        std::int64_t logical = isFolder ? 0 : entry.info.st_size;
+        for (std::filesystem::path folder = std::filesystem::path(entry.path).parent_path();; folder = folder.parent_path()) {
             totals[folder.string()].allocated += allocated;
             totals[folder.string()].logical += logical;
             if (folder.string() == root)
@@ -146,7 +163,8 @@ TEST(FileScanner, InvalidUTF8NamesAreRepaired)
     auto tree = scanFolder(folder.path()).tree;
     EXPECT_EQ(tree->count(), 3);
     EXPECT_TRUE(tree->node("bad\xEF\xBF\xBDname"));
-    EXPECT_EQ(tree->allocatedSize(NodeID::root()), tree->allocatedSize(*tree->node("ok")) * 2);
+    EXPECT_EQ(tree->allocatedSize(NodeID::root()), lstatTotals(folder.path()).at(folder.path()).allocated);
+    EXPECT_EQ(tree->allocatedSize(*tree->node("bad\xEF\xBF\xBDname")), tree->allocatedSize(*tree->node("ok")));
 }
 
 TEST(FileScanner, MissingRootIsUnreadable)
@@ -309,7 +327,8 @@ TEST(FileScanner, PackagesAreListedAndCounted)
     for (auto [path, kind] : cases)
         EXPECT_EQ(tree->kind(*tree->node(path)), kind) << path;
     auto app = *tree->node("Tool.app");
-    EXPECT_EQ(tree->allocatedSize(app), tree->allocatedSize(*tree->node("Tool.app/Contents/binary")));
+    // A package is one item whose size is everything in it, its folders' blocks included.
+    EXPECT_EQ(tree->allocatedSize(app), lstatTotals(folder / "Tool.app").at(folder / "Tool.app").allocated);
 }
 
 TEST(FileScanner, LibraryIsHiddenOnlyInHomeFolders)

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <map>
 
 using namespace tarnwick;
 
@@ -23,9 +24,9 @@ NodeID addFile(TreeBuilder& builder, NodeID parent, std::string_view name, std::
     return builder.addNode(parent, { name, NodeKind::file, allocated, logical, std::nullopt, std::nullopt, created, false });
 }
 
-NodeID addFolder(TreeBuilder& builder, NodeID parent, std::string_view name, bool hidden = false)
+NodeID addFolder(TreeBuilder& builder, NodeID parent, std::string_view name, bool hidden = false, std::optional<std::int64_t> ownBlocks = std::nullopt)
 {
-    return builder.addNode(parent, { name, NodeKind::directory, 999, 999, std::nullopt, std::nullopt, std::nullopt, hidden });
+    return builder.addNode(parent, { name, NodeKind::directory, ownBlocks, 999, std::nullopt, std::nullopt, std::nullopt, hidden });
 }
 
 Date unixDate(std::int64_t seconds) { return Date(std::chrono::seconds(seconds)); }
@@ -45,18 +46,67 @@ TEST(ScanTree, RootOnlyTree)
     EXPECT_EQ(tree->node("/scan/root"), root);
 }
 
-TEST(ScanTree, FoldersIgnoreGivenSizesAndRollUpChildren)
+TEST(ScanTree, FoldersCountTheirOwnBlocksOnDiskButNoLogicalSize)
 {
     TreeBuilder builder("root", NodeKind::directory, std::nullopt);
-    NodeID a = addFolder(builder, NodeID::root(), "a");
+    NodeID a = addFolder(builder, NodeID::root(), "a", false, 4096);
+    NodeID empty = addFolder(builder, a, "empty", false, 4096);
+    NodeID unknown = addFolder(builder, NodeID::root(), "unknown");
     addFile(builder, a, "f", 4096, 100);
     addFile(builder, NodeID::root(), "g", 8192, 5000);
     auto tree = finish(std::move(builder));
-    EXPECT_EQ(tree->allocatedSize(a), 4096);
+    EXPECT_EQ(tree->allocatedSize(empty), 4096);
+    EXPECT_EQ(tree->logicalSize(empty), 0);
+    EXPECT_EQ(tree->allocatedSize(a), 3 * 4096);
     EXPECT_EQ(tree->logicalSize(a), 100);
-    EXPECT_EQ(tree->allocatedSize(NodeID::root()), 4096 + 8192);
+    // A folder's blocks are the least of it: not knowing them makes no total a lower bound.
+    EXPECT_EQ(tree->allocatedSize(unknown), 0);
+    EXPECT_FALSE(tree->isIncomplete(unknown));
+    EXPECT_EQ(tree->allocatedSize(NodeID::root()), 3 * 4096 + 8192);
     EXPECT_EQ(tree->logicalSize(NodeID::root()), 5100);
     EXPECT_FALSE(tree->isIncomplete(NodeID::root()));
+}
+
+TEST(ScanTree, AHardLinkedFileCountsOnceAtItsFirstPathInByteOrder)
+{
+    // Names are added in the order workers might deliver them, which must not matter.
+    struct Case {
+        const char* what;
+        std::vector<std::string> links; // paths below the root, in the order they are added
+        std::string carrier;
+    };
+    const std::vector<Case> cases {
+        { "two names in one folder", { "a/z", "a/b" }, "a/b" },
+        { "across folders, the earlier path wins", { "b/x", "a/y" }, "a/y" },
+        { "four names in four folders", { "d/f", "c/f", "a-b/f", "a/f" }, "a-b/f" },
+        { "byte order, not locale order: upper case first", { "a/f", "B/f" }, "B/f" },
+        { "a separator sorts as a byte", { "ab/f", "a/bf" }, "a/bf" },
+    };
+    for (const Case& c : cases) {
+        TreeBuilder builder("root", NodeKind::directory, std::nullopt);
+        std::map<std::string, NodeID> folders;
+        std::map<std::string, NodeID> names;
+        for (const std::string& path : c.links) {
+            std::string folder = path.substr(0, path.find('/'));
+            auto [at, added] = folders.try_emplace(folder, NodeID::root());
+            if (added)
+                at->second = addFolder(builder, NodeID::root(), folder);
+            NodeID node = addFile(builder, at->second, path.substr(path.find('/') + 1), 50'000'000, 49'000'000);
+            builder.noteHardLink(node, 7, 1234);
+            names.emplace(path, node);
+        }
+        NodeID unrelated = addFile(builder, NodeID::root(), "other", 100, 100);
+        builder.noteHardLink(unrelated, 8, 1234); // the same inode number on another disk is another file
+        auto tree = finish(std::move(builder));
+        EXPECT_EQ(tree->allocatedSize(NodeID::root()), 50'000'000 + 100) << c.what;
+        EXPECT_EQ(tree->logicalSize(NodeID::root()), 49'000'000 + 100) << c.what;
+        for (const auto& [path, node] : names) {
+            bool carries = path == c.carrier;
+            EXPECT_EQ(tree->allocatedSize(node), carries ? 50'000'000 : 0) << c.what << ": " << path;
+            EXPECT_EQ(tree->hardLinkCarrier(node), carries ? std::nullopt : std::optional(names.at(c.carrier))) << c.what << ": " << path;
+        }
+        EXPECT_FALSE(tree->hardLinkCarrier(unrelated)) << c.what;
+    }
 }
 
 TEST(ScanTree, DisplayOrderIsSizeThenNameThenNumber)

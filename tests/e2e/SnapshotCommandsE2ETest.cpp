@@ -189,7 +189,7 @@ TEST_F(SnapshotCommandsE2E, AlertsRoundTripWithoutTheApp)
         { "add-alert " + quoted() + " --fuller-than 50", 1, "INVALID_ARGUMENT: " },
         { "add-alert / --larger-than 1G", 1, "INVALID_ARGUMENT: A disk takes --fuller-than PERCENT." },
         { "add-alert relative --larger-than 1G", 1, "INVALID_PATH: " },
-        { "add-alert '/nonexistent' --larger-than 1G", 1, "INVALID_PATH: /nonexistent names no folder or disk here." },
+        { "add-alert '/nonexistent' --larger-than 1G", 1, "INVALID_PATH: /nonexistent doesn't exist." },
         { "add-alert " + quoted() + " --larger-than 1G --period week", 2, "--period goes with --grows-by." },
         { "add-alert " + quoted(), 2, "add-alert needs one limit: " },
     };
