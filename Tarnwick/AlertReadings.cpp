@@ -1,5 +1,7 @@
 #include "AlertReadings.hpp"
 
+#include "History/SnapshotLoader.hpp"
+
 #include "Support/ByteFormat.hpp"
 #include "Alerts/AlertCheck.hpp"
 #include "Alerts/AlertTexts.hpp"
@@ -49,10 +51,8 @@ std::string percentText(double value, int decimals)
 std::optional<AlertCheck::Growth> growthOf(HistoryStore& store, const HistoryPlaces::Located& located, std::string_view periodRaw)
 {
     HistoryPeriod period = HistoryPeriod::fromRawValue(periodRaw).value_or(HistoryPeriod::defaultPeriod);
-    auto start = period.startEntry(located.record.entries, store.now(), store.calendar());
-    std::shared_ptr<const Snapshot> from = start ? HistoryPlaces::load(store, located.record.source, start->id) : located.current;
-    if (!from)
-        return std::nullopt;
+    auto start = SnapshotLoader::start(store, located.record, period);
+    std::shared_ptr<const Snapshot> from = start ? start->loaded.snapshot : located.current;
     auto changes = HistoryQueries::changes(from, located.current, located.place, 0);
     if (!changes)
         return std::nullopt;
@@ -63,14 +63,16 @@ std::optional<AlertCheck::Folder> folderOf(const SpaceAlert& alert, HistoryStore
 {
     if (!store)
         return std::nullopt;
+    // A folder reads from the latest snapshot of its disk; one that snapshot no longer keeps
+    // is not measured, whatever older ones said.
     auto located = SnapshotPlaces::locate(store, alert.path);
-    if (!located)
+    if (!located || !located->isInLatest())
         return std::nullopt;
     AlertCheck::Folder folder { located->current->date, located->current->size(located->node), std::nullopt, std::nullopt };
     if (located->current->volume)
         folder.capacity = located->current->volume->total;
-    else if (located->record.current)
-        folder.capacity = located->record.current->volumeTotal;
+    else
+        folder.capacity = located->latest.volumeTotal;
     if (const auto* growth = std::get_if<Condition::Growth>(&alert.condition.value))
         folder.growth = growthOf(*store, *located, growth->period);
     return folder;

@@ -105,7 +105,12 @@ int runHoldingLock(const std::vector<std::string>& words)
         SpaceWatch watch(history, watchOptions);
         std::unique_ptr<HistoryRecorder> recorder;
         if (store) {
-            recorder = std::make_unique<HistoryRecorder>(**store, [&watch](const HistorySource& source) { watch.snapshotSaved(source); });
+            recorder = std::make_unique<HistoryRecorder>(
+                **store, [&watch](const HistorySource& source) { watch.snapshotSaved(source); },
+                [&desktop](const std::string& text) {
+                    if (Notifier* notifier = desktop ? desktop->notifier() : nullptr)
+                        notifier->notify("Tarnwick", text);
+                });
             model.addResultObserver([&recorder](const AppModel::Result& result) { recorder->record(result); });
         }
         // The daily snapshot needs the history; its saves are checked by the alert watch too.
@@ -118,7 +123,7 @@ int runHoldingLock(const std::vector<std::string>& words)
                 LoginItem::standardPath(), std::filesystem::read_symlink("/proc/self/exe", error).string() });
             dailyScans->startIfEnabled();
         }
-        AgentTools tools(model, executor, history);
+        AgentTools tools(model, executor, history, recorder.get());
         auto listener = AgentListener::startForApp([&tools](const AgentCommands::Request& request) { return tools.handle(request); }, {});
         if (!listener && !desktop) {
             // Without a window and without the socket nobody could reach this app.

@@ -12,6 +12,7 @@ packages=(
   util-linux
   qt6-base-dev qt6-charts-dev qt6-svg-dev qt6-qpa-plugins libgl-dev libqt6opengl6-dev
   xvfb xauth
+  faketime
 )
 # Only needed by the benchmark comparison (gdu to compare with, GNU time for peak memory);
 # missing is not fatal for tests.

@@ -101,6 +101,14 @@ void sumByType(Changes& result, const PlaceComparison& comparison)
 
 SizeBasis basisFor(bool allHaveColors) { return allHaveColors ? SizeBasis::precise : SizeBasis::rounded; }
 
+// Whether a scan read every place it keeps in full.
+bool isReadWhole(const Snapshot& snapshot)
+{
+    return snapshot.coverage.isWhole() && std::none_of(snapshot.flags.begin(), snapshot.flags.end(), [](NodeFlags flags) {
+        return flags.contains(NodeFlag::incomplete) || flags.contains(NodeFlag::contentsUnread);
+    });
+}
+
 }
 
 namespace ChangeTexts {
@@ -137,6 +145,8 @@ std::expected<Changes, ChangesError> changes(
     result.to = std::move(to);
     result.sizes = sizes;
     result.place = comparison->path(0);
+    const PlaceComparison::Pair& place0 = comparison->pairs()[0];
+    result.presence = place0.earlier < 0 ? Presence::laterOnly : place0.later < 0 ? Presence::earlierOnly : Presence::both;
     result.sizeBefore = comparison->before(0);
     result.sizeAfter = comparison->after(0);
     result.change = result.sizeAfter - result.sizeBefore;
@@ -158,12 +168,24 @@ std::vector<SizePoint> sizeHistory(std::span<const std::shared_ptr<const Snapsho
     const Snapshot& latest = *snapshots.back();
     const bool allHaveColors = std::all_of(snapshots.begin(), snapshots.end(), [](const auto& s) { return s && s->hasColors; });
     const SizeBasis sizes = basisFor(allHaveColors);
+    const bool latestReadWhole = isReadWhole(latest);
     for (const std::shared_ptr<const Snapshot>& snapshot : snapshots) {
         if (!snapshot || !snapshot->isConsistent())
             continue;
         SizePoint point { snapshot->date, 0 };
+        // Two scans that both read everything need no matching of their folders: nothing
+        // was read by one scan only, so the place's size is its size.
+        if (latestReadWhole && isReadWhole(*snapshot) && (snapshot->node(place) || latest.node(place))) {
+            auto node = snapshot->node(place);
+            point.isKept = node.has_value();
+            if (node)
+                point.bytes = sizes == SizeBasis::precise ? snapshot->size(*node) : snapshot->allocated[static_cast<std::size_t>(*node)];
+            points.push_back(point);
+            continue;
+        }
         const SnapshotMatching matching(*snapshot, latest);
         auto comparison = PlaceComparison::make(*snapshot, latest, matching, place, sizes);
+        point.isKept = comparison && comparison->pairs()[0].earlier >= 0;
         if (comparison) {
             point.bytes = comparison->before(0);
             // Folders only one of the two scans read count as the latest saw them; an outer

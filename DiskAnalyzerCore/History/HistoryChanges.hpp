@@ -68,6 +68,8 @@ struct OneScanPlace {
 struct SizePoint {
     Date date {};
     std::int64_t bytes = 0;
+    bool isKept = true; // false when the snapshot does not keep the place: under 10 MB or not there
+
     bool operator==(const SizePoint&) const = default;
 };
 
@@ -75,6 +77,9 @@ struct Changes {
     std::shared_ptr<const Snapshot> from;
     std::shared_ptr<const Snapshot> to;
     std::string place; // absolute path of the compared place
+    // Whether both snapshots keep the place; one that is kept at one end only was under
+    // 10 MB (or not there) at the other, where its size is not known and counts as 0.
+    Presence presence = Presence::both;
     SizeBasis sizes = SizeBasis::rounded;
     std::int64_t sizeBefore = 0;
     std::int64_t sizeAfter = 0;

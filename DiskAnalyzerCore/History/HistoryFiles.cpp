@@ -69,7 +69,8 @@ bool isTemporaryName(std::string_view name)
     return true;
 }
 
-std::expected<FileSignature, Failure> writeAtomically(const std::string& path, std::span<const std::uint8_t> bytes)
+std::expected<FileSignature, Failure> writeAtomically(const std::string& path, std::span<const std::uint8_t> bytes,
+    std::optional<std::int64_t> modifiedSeconds)
 {
     const std::string folder = parentOf(path);
     std::string temporary = folder + "/" + std::string(temporaryPrefix) + "XXXXXX";
@@ -77,8 +78,12 @@ std::expected<FileSignature, Failure> writeAtomically(const std::string& path, s
     if (descriptor < 0)
         return std::unexpected(Failure { path, errno });
     struct stat info {};
-    bool written = ::fchmod(descriptor, fileMode) == 0 && writeAll(descriptor, bytes.data(), bytes.size())
-        && ::fsync(descriptor) == 0 && ::fstat(descriptor, &info) == 0;
+    bool written = ::fchmod(descriptor, fileMode) == 0 && writeAll(descriptor, bytes.data(), bytes.size());
+    if (written && modifiedSeconds) {
+        const struct timespec times[2] = { { 0, UTIME_OMIT }, { static_cast<time_t>(*modifiedSeconds), 0 } };
+        written = ::futimens(descriptor, times) == 0;
+    }
+    written = written && ::fsync(descriptor) == 0 && ::fstat(descriptor, &info) == 0;
     int error = errno;
     ::close(descriptor);
     if (!written || ::rename(temporary.c_str(), path.c_str()) != 0) {
@@ -183,10 +188,64 @@ std::vector<std::string> list(const std::string& folder)
     return names;
 }
 
+std::expected<void, Failure> rename(const std::string& from, const std::string& to)
+{
+    if (::rename(from.c_str(), to.c_str()) != 0)
+        return std::unexpected(Failure { from, errno });
+    return {};
+}
+
+std::expected<PreservedFile, Failure> PreservedFile::hold(const std::string& path)
+{
+    const std::string folder = parentOf(path);
+    for (int attempt = 0; attempt < 16; ++attempt) {
+        // mkostemp only finds a free name; the link takes its place.
+        std::string link = folder + "/" + std::string(temporaryPrefix) + "XXXXXX";
+        int descriptor = ::mkostemp(link.data(), O_CLOEXEC);
+        if (descriptor < 0)
+            return std::unexpected(Failure { path, errno });
+        ::close(descriptor);
+        ::unlink(link.c_str());
+        if (::link(path.c_str(), link.c_str()) == 0)
+            return PreservedFile(path, std::move(link));
+        if (errno == ENOENT)
+            return PreservedFile(path, {});
+        if (errno != EEXIST)
+            return std::unexpected(Failure { path, errno });
+    }
+    return std::unexpected(Failure { path, EEXIST });
+}
+
+PreservedFile::PreservedFile(PreservedFile&& other) noexcept
+    : m_path(std::move(other.m_path))
+    , m_link(std::move(other.m_link))
+    , m_done(std::exchange(other.m_done, true))
+{
+}
+
+PreservedFile::~PreservedFile()
+{
+    if (!m_done && !m_link.empty())
+        ::unlink(m_link.c_str());
+}
+
+void PreservedFile::restore()
+{
+    if (m_done)
+        return;
+    m_done = true;
+    if (m_link.empty())
+        ::unlink(m_path.c_str());
+    else if (::rename(m_link.c_str(), m_path.c_str()) != 0)
+        ::unlink(m_link.c_str());
+}
+
 std::expected<LockFile, Failure> LockFile::open(const std::string& path)
 {
     int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, fileMode);
-    if (descriptor < 0)
+    if (descriptor < 0 && (errno == EROFS || errno == EACCES || errno == EPERM))
+        descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0 && errno != ENOENT && errno != EROFS && errno != EACCES && errno != EPERM)
         return std::unexpected(Failure { path, errno });
     return LockFile(descriptor, path);
 }
@@ -216,6 +275,8 @@ LockFile::~LockFile()
 
 std::expected<void, Failure> LockFile::lock()
 {
+    if (m_descriptor < 0)
+        return {};
     while (::flock(m_descriptor, LOCK_EX) != 0) {
         if (errno != EINTR)
             return std::unexpected(Failure { m_path, errno });
@@ -225,7 +286,8 @@ std::expected<void, Failure> LockFile::lock()
 
 void LockFile::unlock()
 {
-    ::flock(m_descriptor, LOCK_UN);
+    if (m_descriptor >= 0)
+        ::flock(m_descriptor, LOCK_UN);
 }
 
 }

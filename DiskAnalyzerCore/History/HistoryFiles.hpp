@@ -35,8 +35,11 @@ struct FileSignature {
 inline constexpr std::string_view temporaryPrefix = ".tmp.";
 bool isTemporaryName(std::string_view name);
 
-// Returns the signature of the new file.
-std::expected<FileSignature, Failure> writeAtomically(const std::string& path, std::span<const std::uint8_t> bytes);
+// Returns the signature of the new file. With modifiedSeconds (since 1970), the file's
+// modification time is set to it: a snapshot file carries its scan's date even when it
+// cannot be decoded any more.
+std::expected<FileSignature, Failure> writeAtomically(const std::string& path, std::span<const std::uint8_t> bytes,
+    std::optional<std::int64_t> modifiedSeconds = std::nullopt);
 std::expected<FileSignature, Failure> writeAtomically(const std::string& path, std::string_view text);
 // A missing file fails with ENOENT. When asked, also gives the signature of the version read.
 std::expected<std::vector<std::uint8_t>, Failure> readWhole(const std::string& path, FileSignature* signature = nullptr);
@@ -50,10 +53,42 @@ std::expected<void, Failure> makeFolder(const std::string& path);
 std::expected<void, Failure> remove(const std::string& path);
 // The names inside a folder, without "." and ".."; empty when it cannot be read.
 std::vector<std::string> list(const std::string& folder);
+// Moves a file to a new name; fails when the new name is taken by anything but a file.
+std::expected<void, Failure> rename(const std::string& from, const std::string& to);
+
+// The previous version of a file, held under a temporary name (a second hard link, which
+// takes no room for the contents) while a change that replaces it may still be undone. A
+// process killed while holding one leaves a temporary file that the next save sweeps.
+class PreservedFile {
+public:
+    // Nothing is held when the file does not exist: restoring then removes the new one.
+    static std::expected<PreservedFile, Failure> hold(const std::string& path);
+    PreservedFile(PreservedFile&& other) noexcept;
+    PreservedFile& operator=(PreservedFile&&) = delete;
+    PreservedFile(const PreservedFile&) = delete;
+    PreservedFile& operator=(const PreservedFile&) = delete;
+    // Lets the previous version go, unless it was restored.
+    ~PreservedFile();
+
+    // Puts the previous version back in place of whatever is there now.
+    void restore();
+
+private:
+    PreservedFile(std::string path, std::string link)
+        : m_path(std::move(path))
+        , m_link(std::move(link))
+    {
+    }
+    std::string m_path;
+    std::string m_link; // empty when there was no previous version
+    bool m_done = false;
+};
 
 // An exclusive advisory lock (flock) on a file, held between processes while one of them
 // changes the store. The lock file itself is never removed, so that every process locks the
-// same inode.
+// same inode. On a store this user may only read, the file is opened for reading (a lock
+// needs no write access), and when it cannot be opened at all locking does nothing: such a
+// store cannot be changed anyway, and readers never wait for the lock.
 class LockFile {
 public:
     static std::expected<LockFile, Failure> open(const std::string& path);
@@ -73,7 +108,7 @@ private:
         , m_path(std::move(path))
     {
     }
-    int m_descriptor = -1;
+    int m_descriptor = -1; // -1 without a lock file
     std::string m_path;
 };
 

@@ -238,4 +238,12 @@ std::string HistoryStore::encodedSource(const HistorySource& source)
     return encode(source).dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }
 
+std::optional<HistorySource> HistoryStore::decodeSource(std::string_view text)
+{
+    json root = json::parse(text, nullptr, false);
+    if (root.is_discarded())
+        return std::nullopt;
+    return tarnwick::decodeSource(root);
+}
+
 }

@@ -1,5 +1,6 @@
 #include "History/HistoryPlaces.hpp"
 
+#include "History/SnapshotLoader.hpp"
 #include "Support/UnicodeNames.hpp"
 
 #include <algorithm>
@@ -46,48 +47,44 @@ std::vector<HistoryStore::SourceRecord> holding(
     return found;
 }
 
-std::shared_ptr<const Snapshot> load(HistoryStore& store, const HistorySource& source, std::int64_t entryID)
-{
-    auto bytes = store.load(source, entryID);
-    if (!bytes)
-        return nullptr;
-    auto snapshot = Snapshot::decode(*bytes);
-    if (!snapshot || !snapshot->isConsistent())
-        return nullptr;
-    return std::make_shared<const Snapshot>(std::move(*snapshot));
-}
-
 std::optional<Located> locate(HistoryStore& store, std::span<const std::string> pathForms, std::optional<std::string_view> volume)
 {
     HistoryStore::Index index = store.index();
+    std::vector<std::pair<std::string, HistoryStore::SourceRecord>> candidates;
     for (const std::string& place : pathForms) {
-        for (HistoryStore::SourceRecord& record : holding(index.sources, place, volume)) {
-            if (!record.current)
+        for (HistoryStore::SourceRecord& record : holding(index.sources, place, volume))
+            candidates.emplace_back(place, std::move(record));
+    }
+    std::vector<std::optional<SnapshotLoader::Latest>> latests;
+    for (auto& [place, record] : candidates) {
+        latests.push_back(SnapshotLoader::latest(store, record));
+        const auto& latest = latests.back();
+        if (!latest)
+            continue;
+        if (auto node = latest->loaded.snapshot->node(place)) {
+            return Located { record, latest->loaded.snapshot, latest->loaded.entry, latest->isCurrent, latest->skipped, place,
+                latest->loaded.snapshot, latest->loaded.entry, *node };
+        }
+    }
+    // Not in any latest snapshot: the newest older day snapshot that kept it.
+    for (std::size_t c = 0; c < candidates.size(); ++c) {
+        const auto& [place, record] = candidates[c];
+        const auto& latest = latests[c];
+        if (!latest)
+            continue;
+        for (auto entry = record.entries.rbegin(); entry != record.entries.rend(); ++entry) {
+            if (entry->date >= latest->loaded.entry.date)
                 continue;
-            std::shared_ptr<const Snapshot> current = load(store, record.source, record.current->id);
-            if (!current)
+            auto loaded = SnapshotLoader::load(store, record.source, *entry);
+            if (!loaded)
                 continue;
-            if (auto node = current->node(place))
-                return Located { std::move(record), std::move(current), place, *node };
+            if (auto node = loaded->snapshot->node(place)) {
+                return Located { record, latest->loaded.snapshot, latest->loaded.entry, latest->isCurrent, latest->skipped, place,
+                    loaded->snapshot, loaded->entry, *node };
+            }
         }
     }
     return std::nullopt;
-}
-
-std::vector<std::shared_ptr<const Snapshot>> series(HistoryStore& store, const HistoryStore::SourceRecord& record)
-{
-    std::vector<const HistoryEntry*> entries;
-    for (const HistoryEntry& entry : record.entries)
-        entries.push_back(&entry);
-    if (record.current && (entries.empty() || record.current->date > entries.back()->date))
-        entries.push_back(&*record.current);
-    std::vector<std::shared_ptr<const Snapshot>> snapshots;
-    snapshots.reserve(entries.size());
-    for (const HistoryEntry* entry : entries) {
-        if (auto snapshot = load(store, record.source, entry->id))
-            snapshots.push_back(std::move(snapshot));
-    }
-    return snapshots;
 }
 
 }

@@ -25,27 +25,29 @@ namespace HistoryPlaces {
 std::vector<HistoryStore::SourceRecord> holding(
     std::span<const HistoryStore::SourceRecord> records, std::string_view place, std::optional<std::string_view> volume = std::nullopt);
 
-// A place found in the latest snapshot of a source.
+// A place found in the snapshots of a source.
 struct Located {
     HistoryStore::SourceRecord record;
-    std::shared_ptr<const Snapshot> current;
-    std::string place;   // the path it was found at, absolute
-    std::int32_t node = 0; // the place's node in current
+    std::shared_ptr<const Snapshot> current; // the latest intact snapshot of the source
+    HistoryEntry latest;                     // its entry, with the facts of its file
+    bool latestIsCurrent = true;             // false when current.snap could not be read
+    std::vector<HistoryEntry> skipped;       // newer snapshots that could not be read
+    std::string place;                       // the path it was found at, absolute
+    // The snapshot that keeps the place and its node there: current, or when current no
+    // longer keeps it (deleted, moved, now under 10 MB) the newest older one that did.
+    std::shared_ptr<const Snapshot> keptIn;
+    HistoryEntry keptInEntry;
+    std::int32_t node = 0;
+
+    [[nodiscard]] bool isInLatest() const { return keptIn == current; }
 };
 
-// The first of the holding sources whose latest snapshot keeps the place, trying each of
-// the place's path forms (as typed, with links resolved) in turn. Absent when no snapshot
-// keeps it: the place was never scanned, is under 10 MB, or its snapshots are unreadable.
+// The first of the holding sources whose latest intact snapshot keeps the place, trying each
+// of the place's path forms (as typed, with links resolved) in turn; failing that, the first
+// whose older snapshots kept it, so that a folder deleted since still has its history.
+// Absent when no snapshot keeps it: the place was never scanned, is under 10 MB, or its
+// snapshots are unreadable.
 std::optional<Located> locate(HistoryStore& store, std::span<const std::string> pathForms, std::optional<std::string_view> volume = std::nullopt);
-
-// A snapshot of the store by entry id (the current entry or a day entry), decoded; absent
-// when the file is gone or damaged.
-std::shared_ptr<const Snapshot> load(HistoryStore& store, const HistorySource& source, std::int64_t entryID);
-
-// The day snapshots of a record, oldest first, followed by the current one when it is newer
-// than the last of them (the first scan of a day is both), each loaded; those that cannot be
-// read are left out.
-std::vector<std::shared_ptr<const Snapshot>> series(HistoryStore& store, const HistoryStore::SourceRecord& record);
 
 }
 

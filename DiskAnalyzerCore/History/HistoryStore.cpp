@@ -1,11 +1,14 @@
 #include "History/HistoryStore.hpp"
 
 #include "History/HistoryDate.hpp"
+#include "History/HistoryRecovery.hpp"
 #include "History/HistoryThinning.hpp"
+#include "Platform/SystemLog.hpp"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <ctime>
 #include <set>
 #include <unordered_set>
 
@@ -55,7 +58,8 @@ std::expected<std::unique_ptr<HistoryStore>, StoreError> HistoryStore::open(
     std::string directory, Calendar calendar, std::int64_t sizeLimit, Clock now)
 {
     directory = withoutTrailingSlashes(std::move(directory));
-    if (auto made = HistoryFiles::makeFolder(directory); !made)
+    // A store that may only be read is still read: the folder need only be there.
+    if (auto made = HistoryFiles::makeFolder(directory); !made && !HistoryFiles::exists(directory))
         return std::unexpected(StoreError::writeFailed(made.error()));
     auto lock = HistoryFiles::LockFile::open(directory + "/" + std::string(lockFileName));
     if (!lock)
@@ -66,7 +70,17 @@ std::expected<std::unique_ptr<HistoryStore>, StoreError> HistoryStore::open(
         new HistoryStore(std::move(directory), std::move(calendar), sizeLimit, std::move(now), std::move(*lock)));
     {
         std::lock_guard guard(store->m_mutex);
-        (void)store->refreshLocked(); // a problem with the index is told by indexProblem()
+        (void)store->refreshLocked();
+        if (store->m_indexProblem) {
+            // Write the rebuilt index at once where the store may be written; a read-only
+            // store goes on with the rebuild in memory.
+            HistoryFiles::ScopedLock lock(store->m_lock);
+            if (lock.lock()) {
+                (void)store->refreshLocked();
+                if (store->m_indexProblem)
+                    (void)store->writeIndexLocked(store->m_index);
+            }
+        }
     }
     return store;
 }
@@ -114,34 +128,86 @@ std::string HistoryStore::folderName(const HistorySource& source)
 }
 
 // Reads index.json when it is not the version in memory. True when what the index says changed.
+// An index that cannot be used is rebuilt from the files; the rebuild is what the store then
+// works from, and only a new index.json is read again.
 std::expected<bool, StoreError> HistoryStore::refreshLocked()
 {
     const std::string indexPath = path(indexFileName);
     auto current = HistoryFiles::signature(indexPath);
-    if (current == m_indexSignature)
+    if (m_indexRead && current == m_indexSignature)
         return false;
-    if (current && current == m_damagedSignature)
-        return std::unexpected(StoreError::damagedIndex(indexPath));
+    m_indexRead = true;
+    Index before = m_index;
     HistoryFiles::FileSignature signature;
     auto bytes = HistoryFiles::readWhole(indexPath, &signature);
-    Index fresh;
-    std::optional<HistoryFiles::FileSignature> freshSignature;
     if (bytes) {
         auto decoded = Index::decode(std::string_view(reinterpret_cast<const char*>(bytes->data()), bytes->size()));
-        if (!decoded) {
-            m_damagedSignature = signature;
-            return std::unexpected(StoreError::damagedIndex(indexPath));
+        if (decoded) {
+            m_index = withoutMissingFiles(std::move(*decoded));
+            m_indexSignature = signature;
+            m_indexProblem.reset();
+            m_damagedSignature.reset();
+            // A place folder the index does not list holds snapshots all the same; the next
+            // write of the index lists it.
+            if (HistoryRecovery::adoptUnlistedFolders(m_directory, m_index))
+                m_indexProblem = StoreError::damagedIndex(indexPath);
+        } else {
+            rebuildLocked(StoreError::damagedIndex(indexPath), signature);
+            m_indexSignature = signature;
         }
-        fresh = withoutMissingFiles(std::move(*decoded));
-        freshSignature = signature;
-    } else if (bytes.error().error != ENOENT) {
-        return std::unexpected(StoreError::readFailed(bytes.error()));
+    } else if (bytes.error().error == ENOENT) {
+        // No index.json: a new store, one that another process has just cleared, or one whose
+        // index was deleted behind its back while its place folders are still there.
+        m_indexSignature.reset();
+        m_damagedSignature.reset();
+        if (HistoryRecovery::hasPlaceFolders(m_directory)) {
+            rebuildLocked(StoreError::readFailed(bytes.error()), std::nullopt);
+        } else {
+            m_index = Index {};
+            m_indexProblem.reset();
+        }
+    } else {
+        rebuildLocked(StoreError::readFailed(bytes.error()), std::nullopt);
+        m_indexSignature = current;
     }
-    // No index.json: a new store, or one that another process has just cleared.
-    bool changed = fresh != m_index;
-    m_index = std::move(fresh);
-    m_indexSignature = freshSignature;
-    return changed;
+    return m_index != before;
+}
+
+void HistoryStore::rebuildLocked(StoreError problem, std::optional<HistoryFiles::FileSignature> damaged)
+{
+    m_index = HistoryRecovery::rebuild(m_directory, m_index);
+    m_indexProblem = problem;
+    m_damagedSignature = damaged;
+    const bool missing = problem.reason == StoreError::Case::readFailed && problem.systemError == ENOENT;
+    std::string notice = std::string("The history's index was ") + (missing ? "missing" : "damaged")
+        + ". Tarnwick rebuilt it from the snapshots on disk";
+    notice += damaged ? " and keeps the damaged one beside it." : ".";
+    if (!m_recoveryNotice)
+        SystemLog::write(SystemLog::Level::error, "history", notice + " (" + problem.message() + ")");
+    m_recoveryNotice = notice;
+}
+
+// Moves a damaged index.json out of the way, under a name that says when, before the rebuilt
+// index takes its place: it may still hold what the rebuild could not recover (notes).
+std::expected<void, StoreError> HistoryStore::setAsideDamagedIndexLocked()
+{
+    const std::string indexPath = path(indexFileName);
+    if (!m_damagedSignature || HistoryFiles::signature(indexPath) != m_damagedSignature)
+        return {};
+    std::time_t seconds = std::chrono::system_clock::to_time_t(std::chrono::floor<std::chrono::seconds>(m_now()));
+    std::tm parts {};
+    gmtime_r(&seconds, &parts);
+    char stamp[32];
+    std::strftime(stamp, sizeof stamp, "%Y-%m-%dT%H%M%SZ", &parts);
+    std::string aside = indexPath + ".damaged-" + stamp;
+    for (int suffix = 2; HistoryFiles::exists(aside); ++suffix)
+        aside = indexPath + ".damaged-" + stamp + "-" + std::to_string(suffix);
+    if (auto moved = HistoryFiles::rename(indexPath, aside); !moved)
+        return std::unexpected(StoreError::writeFailed(moved.error()));
+    m_damagedSignature.reset();
+    m_recoveryNotice = "The history's index was damaged. Tarnwick rebuilt it from the snapshots on disk and kept the damaged one as "
+        + aside + ".";
+    return {};
 }
 
 // Leaves out entries whose file is gone, so that everything the index lists can be loaded.
@@ -157,11 +223,14 @@ HistoryStore::Index HistoryStore::withoutMissingFiles(Index index) const
 
 std::expected<void, StoreError> HistoryStore::writeIndexLocked(const Index& index)
 {
+    if (auto aside = setAsideDamagedIndexLocked(); !aside)
+        return aside;
     auto written = HistoryFiles::writeAtomically(path(indexFileName), index.encoded());
     if (!written)
         return std::unexpected(StoreError::writeFailed(written.error()));
     m_index = index;
     m_indexSignature = *written;
+    m_indexProblem.reset();
     m_damagedSignature.reset();
     return {};
 }
@@ -169,14 +238,21 @@ std::expected<void, StoreError> HistoryStore::writeIndexLocked(const Index& inde
 std::optional<StoreError> HistoryStore::indexProblem()
 {
     std::lock_guard guard(m_mutex);
-    auto refreshed = refreshLocked();
-    return refreshed ? std::nullopt : std::optional(refreshed.error());
+    (void)refreshLocked();
+    return m_indexProblem;
+}
+
+std::optional<std::string> HistoryStore::recoveryNotice()
+{
+    std::lock_guard guard(m_mutex);
+    (void)refreshLocked();
+    return m_recoveryNotice;
 }
 
 HistoryStore::Index HistoryStore::index()
 {
     std::lock_guard guard(m_mutex);
-    (void)refreshLocked(); // a damaged or unreadable index.json leaves the last good one in use
+    (void)refreshLocked(); // a damaged or unreadable index.json is rebuilt from the files
     return m_index;
 }
 
@@ -228,7 +304,8 @@ std::expected<HistoryStore::SourceRecord*, StoreError> HistoryStore::recordForSa
 std::expected<HistoryEntry, StoreError> HistoryStore::writeSnapshot(
     const SourceRecord& record, HistoryEntry entry, const std::vector<std::uint8_t>& bytes) const
 {
-    auto written = HistoryFiles::writeAtomically(path(record, entry.file), std::span(bytes));
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(entry.date.time_since_epoch()).count();
+    auto written = HistoryFiles::writeAtomically(path(record, entry.file), std::span(bytes), seconds);
     if (!written)
         return std::unexpected(StoreError::writeFailed(written.error()));
     entry.bytes = static_cast<std::int64_t>(bytes.size());
@@ -252,13 +329,10 @@ std::expected<HistoryStore::SourceRecord, StoreError> HistoryStore::save(const H
         if (!found)
             return std::unexpected(found.error());
         SourceRecord& record = **found;
+        adoptUnlisted(updated, record);
 
-        auto current = writeSnapshot(record, entryFor(files, updated.nextID++, std::string(currentFileName)), files.current);
-        if (!current)
-            return std::unexpected(current.error());
-        record.current = std::move(*current);
-
-        const Date date = record.current->date;
+        const Date date = HistoryDate::normalized(files.date);
+        const std::int64_t currentID = updated.nextID++;
         bool hasDay = std::any_of(record.entries.begin(), record.entries.end(),
             [&](const HistoryEntry& entry) { return m_calendar.isSameDay(entry.date, date); });
         if (!hasDay) {
@@ -269,6 +343,16 @@ std::expected<HistoryStore::SourceRecord, StoreError> HistoryStore::save(const H
             record.entries.push_back(std::move(*day));
         }
 
+        // current.snap is the one file a save replaces: its previous version is held until the
+        // index that describes the new one is written, and put back if that fails.
+        auto previous = HistoryFiles::PreservedFile::hold(path(record, currentFileName));
+        if (!previous)
+            return std::unexpected(StoreError::writeFailed(previous.error()));
+        auto current = writeSnapshot(record, entryFor(files, currentID, std::string(currentFileName)), files.current);
+        if (!current)
+            return std::unexpected(current.error());
+        record.current = std::move(*current);
+
         std::vector<std::string> dropped;
         HistoryThinning::Result thinned = HistoryThinning::thin(record.entries, m_now(), m_calendar);
         for (const HistoryEntry& entry : thinned.dropped)
@@ -278,15 +362,42 @@ std::expected<HistoryStore::SourceRecord, StoreError> HistoryStore::save(const H
             dropped.push_back(std::move(file));
 
         saved = record;
-        if (auto written = writeIndexLocked(updated); !written)
+        if (auto written = writeIndexLocked(updated); !written) {
+            previous->restore();
             return std::unexpected(written.error());
+        }
         // Only now that no index lists them may the dropped files go.
         for (const std::string& file : dropped)
             (void)HistoryFiles::remove(file);
         sweep(saved);
+        // The index entry holds the same facts, so a line lost here is read back from it.
+        if (files.volumeTotal && files.volumeAvailable)
+            (void)appendMeasurementLocked(source.volume, VolumeMeasurement { date, *files.volumeTotal, *files.volumeAvailable, files.total });
     }
     notify();
     return saved;
+}
+
+// Day snapshots in the place's folder that the index does not list were written by a save
+// that was killed before its index: they are the place's history all the same.
+void HistoryStore::adoptUnlisted(Index& index, SourceRecord& record) const
+{
+    std::unordered_set<std::int64_t> ids;
+    for (const SourceRecord& each : index.sources) {
+        for (const HistoryEntry& entry : each.entries)
+            ids.insert(entry.id);
+        if (each.current)
+            ids.insert(each.current->id);
+    }
+    std::int64_t next = index.nextID;
+    std::vector<HistoryEntry> found = HistoryRecovery::unlisted(m_directory + "/" + record.folder, record, next);
+    index.nextID = std::max(index.nextID, next);
+    for (HistoryEntry& entry : found) {
+        if (!ids.insert(entry.id).second)
+            entry.id = index.nextID++;
+        record.entries.push_back(std::move(entry));
+    }
+    std::stable_sort(record.entries.begin(), record.entries.end(), [](const HistoryEntry& a, const HistoryEntry& b) { return a.date < b.date; });
 }
 
 // Drops the oldest day snapshots that are not kept, of any place, until the snapshot files
@@ -319,17 +430,13 @@ std::vector<std::string> HistoryStore::enforceSizeLimit(Index& index) const
     return dropped;
 }
 
-// Removes what a killed save left in a place's folder: temporary files and snapshot files
-// that no entry lists. Runs under the lock, when no other process is writing there.
+// Removes the temporary files a killed save left. Runs under the lock, when no other process
+// is writing there. A snapshot file that no entry lists is never removed here: the next save
+// adopts it when it decodes, and one that does not may still be what a user wants back.
 void HistoryStore::sweep(const SourceRecord& record) const
 {
-    std::unordered_set<std::string> listed;
-    for (const HistoryEntry& entry : record.entries)
-        listed.insert(entry.file);
-    if (record.current)
-        listed.insert(record.current->file);
     for (const std::string& name : HistoryFiles::list(m_directory + "/" + record.folder)) {
-        if (HistoryFiles::isTemporaryName(name) || (name.ends_with(".snap") && !listed.contains(name)))
+        if (HistoryFiles::isTemporaryName(name))
             (void)HistoryFiles::remove(path(record, name));
     }
     for (const std::string& name : HistoryFiles::list(m_directory)) {

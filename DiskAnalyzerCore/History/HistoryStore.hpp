@@ -45,12 +45,23 @@ namespace tarnwick {
 // Several processes share the store (the app writes while the command line reads). Writers
 // take the lock, read index.json again when another process changed it, write snapshot
 // files before the index and delete dropped files only after it. A reader notices a changed
-// index.json by its inode, size and modification time and reads it again. A process killed
-// at any moment therefore leaves an index whose files all exist, except for files deleted
-// behind the store's back: entries whose file is missing are left out when the index is read,
-// and files that no entry lists are ignored (and swept up by the next save of their place).
-// A save killed between replacing current.snap and writing the index leaves the previous
-// current entry's facts with the new file, until the next save of the place.
+// index.json by its inode, size and modification time and reads it again; readers need no
+// write access and take no lock, so a read-only store answers as well as any.
+//
+// The snapshot files are what a save commits; index.json lists them, and a volume line is
+// the index entry's volume facts written out again. Nothing that decodes is given up:
+// - an index.json that is damaged, empty, of the wrong shape or missing while place folders
+//   exist is rebuilt from the folders (HistoryRecovery), the damaged one set aside as
+//   "index.json.damaged-DATE" by the next process that may write, and the rebuild told once
+//   (recoveryNotice, the log);
+// - day snapshot files a killed save wrote but did not list are adopted by the next save of
+//   their place, not swept; only temporary files are swept, and a listed file goes only
+//   when thinning, the size limit or clear() chose it;
+// - entries whose file is missing are left out when the index is read;
+// - a volume line lost to a kill after the index was written is read back from the index
+//   entry (measurements() merges them), so every saved day has its line.
+// A save that fails (read-only folder, full disk) changes nothing: a replaced current.snap is
+// put back when the index cannot be written.
 //
 // sizeLimit bounds the snapshot files (current and day). Above it, the oldest day snapshots
 // that are not kept go first, whichever place they belong to; current and kept snapshots are
@@ -138,10 +149,8 @@ public:
     using Observer = std::function<void(HistoryStore&)>;
     using ObserverID = std::uint64_t;
 
-    // Creates the folder when needed and reads its index. Fails only when the folder or its
-    // lock file cannot be made. A damaged or unreadable index.json leaves the store empty
-    // (indexProblem tells why): reads find nothing, changes fail with the problem, and
-    // clear() starts a new history.
+    // Creates the folder when needed and reads its index, rebuilding it when it is damaged or
+    // missing (see above). Fails only when the folder can neither be found nor made.
     static std::expected<std::unique_ptr<HistoryStore>, StoreError> open(
         std::string directory, Calendar calendar, std::int64_t sizeLimit, Clock now);
     // The system's calendar and clock and the default size limit.
@@ -155,8 +164,13 @@ public:
     [[nodiscard]] std::int64_t sizeLimit() const { return m_sizeLimit; }
     [[nodiscard]] Date now() const { return m_now(); }
 
-    // Why index.json cannot be used (damagedIndex, readFailed); absent when it can.
+    // Why index.json cannot be used as it lies on disk (damagedIndex, readFailed), while the
+    // store works from an index rebuilt from the files; absent when it can.
     [[nodiscard]] std::optional<StoreError> indexProblem();
+    // What this process found and rebuilt, once a damaged or missing index was rebuilt:
+    // "The history's index was damaged. Tarnwick rebuilt it from the snapshots on disk and
+    // kept the damaged one as PATH."; absent otherwise.
+    [[nodiscard]] std::optional<std::string> recoveryNotice();
 
     // The reads below first read index.json again when another process has changed it.
     [[nodiscard]] Index index();
@@ -166,8 +180,9 @@ public:
     [[nodiscard]] std::vector<HistoryEntry> entries(const HistorySource& source);
 
     // Saves a scan: replaces current.snap, adds {id}.snap for the first scan of its calendar
-    // day, thins the day snapshots, keeps the store within sizeLimit, writes the index and
-    // posts the change notice. Returns the place's record as saved.
+    // day, thins the day snapshots, keeps the store within sizeLimit, writes the index,
+    // appends the volume's line when the scan measured its volume, and posts the change
+    // notice. Returns the place's record as saved. On failure nothing saved before changes.
     std::expected<SourceRecord, StoreError> save(const HistorySource& source, const SnapshotFiles& files);
     // The bytes of an entry's file (the current entry or a day entry, by id).
     std::expected<std::vector<std::uint8_t>, StoreError> load(const HistorySource& source, std::int64_t entryID);
@@ -180,7 +195,8 @@ public:
     // Appends a measurement to the volume's log (which, like every file of the store, is
     // written whole to a temporary file and renamed into place).
     std::expected<void, StoreError> recordMeasurement(std::string_view volume, const VolumeMeasurement& measurement);
-    // The volume's measurements in the order recorded; none when it has no log.
+    // The volume's measurements in the order recorded, with those of saved snapshots on the
+    // volume whose line is missing; none when it has neither.
     std::expected<std::vector<VolumeMeasurement>, StoreError> measurements(std::string_view volume);
 
     // Removes the place folders, the volume logs and the index.
@@ -205,8 +221,9 @@ public:
     // of a hash of path and volume: "Projects-5f0c2a91d3b7e604". Another place with the same
     // name gets "-2", "-3" and so on after it.
     static std::string folderName(const HistorySource& source);
-    // The text of a place's source.json.
+    // The text of a place's source.json, and back; absent for text that is not one.
     static std::string encodedSource(const HistorySource& source);
+    static std::optional<HistorySource> decodeSource(std::string_view json);
 
 private:
     HistoryStore(std::string directory, Calendar calendar, std::int64_t sizeLimit, Clock now, HistoryFiles::LockFile lock);
@@ -214,6 +231,10 @@ private:
     std::string path(std::string_view relative) const;
     std::string path(const SourceRecord& record, std::string_view file) const;
     std::expected<bool, StoreError> refreshLocked();
+    void rebuildLocked(StoreError problem, std::optional<HistoryFiles::FileSignature> damaged);
+    std::expected<void, StoreError> setAsideDamagedIndexLocked();
+    std::expected<void, StoreError> appendMeasurementLocked(std::string_view volume, const VolumeMeasurement& measurement);
+    void adoptUnlisted(Index& index, SourceRecord& record) const;
     Index withoutMissingFiles(Index index) const;
     std::expected<void, StoreError> writeIndexLocked(const Index& index);
     std::expected<SourceRecord*, StoreError> recordForSaving(Index& index, const HistorySource& source) const;
@@ -233,8 +254,12 @@ private:
 
     std::mutex m_mutex; // guards m_index, m_indexSignature and the files
     HistoryFiles::LockFile m_lock;
-    std::optional<HistoryFiles::FileSignature> m_indexSignature;  // of the index in m_index
-    std::optional<HistoryFiles::FileSignature> m_damagedSignature; // of a damaged index.json, not read again
+    bool m_indexRead = false;
+    std::optional<HistoryFiles::FileSignature> m_indexSignature; // of the index.json that m_index stands for
+    // Why m_index was rebuilt rather than read, while index.json on disk is not yet replaced.
+    std::optional<StoreError> m_indexProblem;
+    std::optional<HistoryFiles::FileSignature> m_damagedSignature; // of the damaged index.json to set aside
+    std::optional<std::string> m_recoveryNotice;
 
     std::mutex m_observerMutex;
     std::vector<std::pair<ObserverID, Observer>> m_observers;

@@ -44,14 +44,10 @@ std::expected<Recorded, HistoryStore::StoreError> record(HistoryStore& store, st
     files.day = std::move(encoded->day);
 
     HistorySource source = sourceFor(path);
+    // The save writes the volume's line too, with the snapshot and its index entry.
     auto saved = store.save(source, files);
     if (!saved)
         return std::unexpected(saved.error());
-    if (space) {
-        auto measured = store.recordMeasurement(source.volume, VolumeMeasurement { finishedAt, space->total, space->available, files.total });
-        if (!measured)
-            return std::unexpected(measured.error());
-    }
     return Recorded { source, *saved };
 }
 

@@ -6,6 +6,7 @@
 #include "AgentPlaces.hpp"
 #include "AppCommands.hpp"
 #include "AppHandoff.hpp"
+#include "HistoryRecorder.hpp"
 #include "AppModel.hpp"
 #include "MainExecutor.hpp"
 #include "SnapshotAnswers.hpp"
@@ -35,10 +36,11 @@ constexpr std::array<std::pair<std::string_view, MainHandler>, 6> mainHandlers {
 
 }
 
-AgentTools::AgentTools(AppModel& model, MainExecutor& executor, HistoryStore* store)
+AgentTools::AgentTools(AppModel& model, MainExecutor& executor, HistoryStore* store, const HistoryRecorder* recorder)
     : m_model(model)
     , m_executor(executor)
     , m_store(store)
+    , m_recorder(recorder)
 {
 }
 
@@ -67,6 +69,8 @@ AgentResult AgentTools::handleChecked(const Request& request)
 
 AgentResult AgentTools::onMain(const Request& request)
 {
+    if (request.command == "status")
+        return AppCommands::status(m_model, historyNotes());
     for (const auto& [name, handler] : mainHandlers) {
         if (name == request.command)
             return handler(m_model, request);
@@ -97,6 +101,16 @@ AgentResult AgentTools::handOff(const Request& request)
     return AgentFormat::withinLimit(std::move(result));
 }
 
+AppCommands::HistoryNotes AgentTools::historyNotes() const
+{
+    AppCommands::HistoryNotes notes;
+    if (m_recorder)
+        notes.saveProblem = m_recorder->saveProblem();
+    if (m_store)
+        notes.recovery = m_store->recoveryNotice();
+    return notes;
+}
+
 SnapshotAnswers::Context AgentTools::snapshotContext() const
 {
     SnapshotAnswers::Context context;
@@ -116,7 +130,10 @@ AgentResult AgentTools::waitForScan(const Request& request)
     auto busy = [&] { return m_executor.runAndWait<bool>([&] { return m_model.runningScan().has_value() && !m_model.isWaitingForUser(); }); };
     while (busy() && std::chrono::steady_clock::now() < deadline)
         std::this_thread::sleep_for(pollInterval);
-    return m_executor.runAndWait<AgentResult>([&] { return AppCommands::status(m_model); });
+    // A finished scan is done once its snapshot is saved, or known not to be.
+    while (m_recorder && m_recorder->isSaving() && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(pollInterval);
+    return m_executor.runAndWait<AgentResult>([&] { return AppCommands::status(m_model, historyNotes()); });
 }
 
 }

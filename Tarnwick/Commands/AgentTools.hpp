@@ -4,11 +4,13 @@
 #include "Agent/AgentResult.hpp"
 #include "DesktopHost.hpp"
 
+#include "AppCommands.hpp"
 #include "SnapshotAnswers.hpp"
 
 namespace tarnwick {
 
 class AppModel;
+class HistoryRecorder;
 class HistoryStore;
 class MainExecutor;
 
@@ -21,8 +23,9 @@ class MainExecutor;
 // connection's thread. Every answer fits 8 KB.
 class AgentTools {
 public:
-    // store is the app's history, null when it couldn't be opened.
-    AgentTools(AppModel& model, MainExecutor& executor, HistoryStore* store = nullptr);
+    // store is the app's history, null when it couldn't be opened; recorder saves the scans
+    // into it, so that wait also waits for the save and status tells when one failed.
+    AgentTools(AppModel& model, MainExecutor& executor, HistoryStore* store = nullptr, const HistoryRecorder* recorder = nullptr);
     AgentResult handle(const AgentCommands::Request& request);
     // The window that a second start of the app brings to the front; none without a display.
     void setWindow(DesktopHost::Window* window) { m_window = window; }
@@ -33,10 +36,12 @@ private:
     AgentResult waitForScan(const AgentCommands::Request& request);
     AgentResult handOff(const AgentCommands::Request& request);
     SnapshotAnswers::Context snapshotContext() const;
+    AppCommands::HistoryNotes historyNotes() const;
 
     AppModel& m_model;
     MainExecutor& m_executor;
     HistoryStore* m_store;
+    const HistoryRecorder* m_recorder;
     DesktopHost::Window* m_window = nullptr;
 };
 

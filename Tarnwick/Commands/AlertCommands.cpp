@@ -3,6 +3,7 @@
 #include "Agent/AgentErrorCode.hpp"
 #include "Agent/AgentFormat.hpp"
 #include "Agent/EchoedText.hpp"
+#include "AgentMessages.hpp"
 #include "AgentPlaces.hpp"
 #include "AlertReadings.hpp"
 #include "Alerts/AlertPeriods.hpp"
@@ -11,6 +12,7 @@
 #include "SnapshotPlaces.hpp"
 
 #include <algorithm>
+#include <sys/stat.h>
 #include <cctype>
 
 namespace tarnwick::SnapshotCommands {
@@ -220,6 +222,12 @@ AgentResult addAlert(const Request& request, const Context& context)
     auto path = AgentPlaces::expand(AgentPlaces::argument(request.arguments, "path").value_or(""));
     if (!path)
         return path.error();
+    // An alert on a place that isn't there would never be measured.
+    struct stat info {};
+    if (::stat(path->c_str(), &info) != 0)
+        return AgentResult::failure(AgentErrorCode::invalidPath, AgentMessages::noSuchPlace(*path));
+    if (!S_ISDIR(info.st_mode))
+        return AgentResult::failure(AgentErrorCode::invalidPath, AgentMessages::notAFolder(*path));
     auto condition = conditionOf(request);
     if (!condition)
         return AgentResult::failure(AgentErrorCode::invalidArgument, "add-alert needs one limit: --fuller-than, --larger-than, --share or --grows-by.");

@@ -6,6 +6,7 @@
 #include "AgentPlaces.hpp"
 #include "Classification/ContentCategory.hpp"
 #include "History/HistoryChanges.hpp"
+#include "History/SnapshotLoader.hpp"
 #include "Platform/MountTable.hpp"
 #include "SnapshotPlaces.hpp"
 #include "Support/UnicodeNames.hpp"
@@ -20,28 +21,63 @@ using namespace HistoryQueries;
 
 constexpr long long defaultLimit = 15;
 constexpr std::size_t listedElsewhere = 10; // grew most and read by one scan, at most
+constexpr std::string_view notKeptText = "under 10 MB";
+constexpr std::string_view notKeptReason = "under_10_mb";
 
 struct Compared {
     HistoryPlaces::Located located;
     Changes changes;
     HistoryPeriod period;
+    std::optional<HistoryEntry> unreadableStart; // the period's start, when it could not be read
+    bool reachesPeriod = true;
+    Date historyStart {};
+    std::size_t snapshotCount = 0;
 };
+
+// How many distinct snapshots a place's history holds: its day snapshots, and the current one
+// when it is a later scan than the last of them.
+std::size_t snapshotCount(const HistoryStore::SourceRecord& record)
+{
+    std::size_t count = record.entries.size();
+    if (record.current && (record.entries.empty() || record.current->date > record.entries.back().date))
+        ++count;
+    return count;
+}
 
 std::expected<Compared, AgentResult> compare(HistoryStore& store, const std::string& path, HistoryPeriod period, std::size_t limit)
 {
     auto located = SnapshotPlaces::locate(&store, path);
     if (!located)
         return std::unexpected(located.error());
-    // Without day snapshots (the history was thinned to nothing) the latest stands alone.
-    std::shared_ptr<const Snapshot> from = located->current;
-    if (auto start = period.startEntry(located->record.entries, store.now(), store.calendar())) {
-        if (auto loaded = HistoryPlaces::load(store, located->record.source, start->id))
-            from = std::move(loaded);
-    }
+    // Without a readable day snapshot (the history was thinned to nothing) the latest stands alone.
+    auto start = SnapshotLoader::start(store, located->record, period);
+    std::shared_ptr<const Snapshot> from = start ? start->loaded.snapshot : located->current;
+    // A place gone before the period began is compared from the last snapshot that kept it.
+    if (!located->isInLatest() && !from->node(located->place))
+        from = located->keptIn;
     auto compared = HistoryQueries::changes(from, located->current, located->place, limit);
     if (!compared)
         return std::unexpected(AgentResult::failure(AgentErrorCode::noHistory, ChangeTexts::message(compared.error())));
-    return Compared { std::move(*located), std::move(*compared), period };
+    Compared result { std::move(*located), std::move(*compared), period };
+    if (start) {
+        result.unreadableStart = start->replaced;
+        result.reachesPeriod = start->reachesPeriod;
+    }
+    const HistoryStore::SourceRecord& record = result.located.record;
+    result.historyStart = record.entries.empty() ? result.located.latest.date : record.entries.front().date;
+    result.snapshotCount = snapshotCount(record);
+    return result;
+}
+
+// A size as known: a place a snapshot does not keep is under 10 MB there (or not there at all).
+std::string sizeText(std::int64_t bytes, bool kept)
+{
+    return kept ? ByteFormat::format(bytes) : std::string(notKeptText);
+}
+
+JSONValue sizeJSON(std::int64_t bytes, bool kept)
+{
+    return kept ? JSONValue(bytes) : JSONValue();
 }
 
 std::string_view presenceWord(Presence presence)
@@ -75,10 +111,17 @@ std::vector<TypeChange> changedTypes(const Changes& changes)
     return types;
 }
 
+// Sizes a snapshot does not know (the place was under 10 MB there) are null, with the reason,
+// and so is the change: crossing the threshold is not growth.
 JSONValue::Object changeJSON(const PlaceChange& change)
 {
-    return JSONValue::Object { { "path", change.path }, { "size_before_bytes", change.before }, { "size_after_bytes", change.after },
-        { "change_bytes", change.change() }, { "uncertain", change.isUncertain }, { "presence", std::string(presenceWord(change.presence)) } };
+    const bool before = change.presence != Presence::laterOnly, after = change.presence != Presence::earlierOnly;
+    JSONValue::Object object { { "path", change.path }, { "size_before_bytes", sizeJSON(change.before, before) },
+        { "size_after_bytes", sizeJSON(change.after, after) },
+        { "change_bytes", before && after ? JSONValue(change.change()) : JSONValue() }, { "uncertain", change.isUncertain },
+        { "presence", std::string(presenceWord(change.presence)) } };
+    object["unknown_size_reason"] = before && after ? JSONValue() : JSONValue(std::string(notKeptReason));
+    return object;
 }
 
 JSONValue::Object placeJSON(const Compared& compared, std::size_t shown)
@@ -103,16 +146,26 @@ JSONValue::Object placeJSON(const Compared& compared, std::size_t shown)
             { "read_by", place.readBy == ReadBy::earlierScan ? "earlier_scan" : "later_scan" } });
     }
     std::int64_t more = changes.moreInside + static_cast<std::int64_t>(changes.inside.size() - inside.size());
+    const HistoryPlaces::Located& located = compared.located;
+    const bool before = changes.presence != Presence::laterOnly, after = changes.presence != Presence::earlierOnly;
     return JSONValue::Object {
         { "path", changes.place },
-        { "history_of", compared.located.record.source.path },
+        { "history_of", located.record.source.path },
         { "period", SnapshotPlaces::periodName(compared.period) },
         { "from", AgentFormat::isoDate(changes.from->date) },
         { "to", AgentFormat::isoDate(changes.to->date) },
-        { "one_snapshot_only", changes.from->date == changes.to->date },
-        { "size_before_bytes", changes.sizeBefore },
-        { "size_after_bytes", changes.sizeAfter },
-        { "change_bytes", changes.change },
+        { "one_snapshot_only", compared.snapshotCount <= 1 },
+        { "snapshot_count", static_cast<std::int64_t>(compared.snapshotCount) },
+        { "history_starts", AgentFormat::isoDate(compared.historyStart) },
+        { "covers_period", compared.reachesPeriod },
+        { "unreadable_start", compared.unreadableStart ? JSONValue(AgentFormat::isoDate(compared.unreadableStart->date)) : JSONValue() },
+        { "unreadable_latest", located.latestIsCurrent || located.skipped.empty() ? JSONValue() : JSONValue(AgentFormat::isoDate(located.skipped.front().date)) },
+        { "in_latest_snapshot", located.isInLatest() },
+        { "last_kept", located.isInLatest() ? JSONValue() : JSONValue(AgentFormat::isoDate(located.keptIn->date)) },
+        { "size_before_bytes", sizeJSON(changes.sizeBefore, before) },
+        { "size_after_bytes", sizeJSON(changes.sizeAfter, after) },
+        { "unknown_size_reason", before && after ? JSONValue() : JSONValue(std::string(notKeptReason)) },
+        { "change_bytes", before && after ? JSONValue(changes.change) : JSONValue() },
         { "uncertain", changes.isUncertain },
         { "sizes", changes.sizes == SizeBasis::precise ? "precise" : "rounded_to_10_mb" },
         { "inside", inside },
@@ -129,24 +182,66 @@ JSONValue::Object placeJSON(const Compared& compared, std::size_t shown)
 
 std::string insideLine(const Changes& changes, const PlaceChange& change)
 {
-    std::string line = "  " + SnapshotPlaces::signedSize(change.change(), change.isUncertain) + "  " + below(changes.place, change.path) + "  "
-        + ByteFormat::format(change.before) + " → " + ByteFormat::format(change.after);
-    if (change.presence == Presence::laterOnly)
-        line += " (not in the earlier snapshot)";
-    else if (change.presence == Presence::earlierOnly)
-        line += " (not in the later snapshot)";
-    return line;
+    const std::string sizes = sizeText(change.before, change.presence != Presence::laterOnly) + " → "
+        + sizeText(change.after, change.presence != Presence::earlierOnly);
+    if (change.presence != Presence::both)
+        return "  " + below(changes.place, change.path) + ": " + sizes;
+    return "  " + SnapshotPlaces::signedSize(change.change(), change.isUncertain) + "  " + below(changes.place, change.path) + "  " + sizes;
+}
+
+std::string grewMostLine(const PlaceChange& change)
+{
+    if (change.presence != Presence::both)
+        return "  " + change.path + ": " + sizeText(change.before, change.presence != Presence::laterOnly) + " → "
+            + sizeText(change.after, change.presence != Presence::earlierOnly);
+    return "  " + SnapshotPlaces::signedSize(change.change(), change.isUncertain) + "  " + change.path;
+}
+
+// The first line: the place's change, or, when one end does not keep it, its two sizes.
+std::string headline(const Compared& compared)
+{
+    const Changes& changes = compared.changes;
+    const std::string since = SnapshotPlaces::localTime(changes.from->date) + " (" + SnapshotPlaces::periodName(compared.period) + ")";
+    const std::string at = SnapshotPlaces::localTime(changes.to->date);
+    switch (changes.presence) {
+    case Presence::both:
+        return changes.place + ": " + SnapshotPlaces::signedSize(changes.change, changes.isUncertain) + " since " + since + ", from "
+            + ByteFormat::format(changes.sizeBefore) + " to " + ByteFormat::format(changes.sizeAfter) + " at " + at + ".";
+    case Presence::laterOnly:
+        return changes.place + ": " + std::string(notKeptText) + " at " + since + " → " + ByteFormat::format(changes.sizeAfter) + " at " + at
+            + ". " + std::string(Snapshot::keepRule);
+    case Presence::earlierOnly:
+        break;
+    }
+    return changes.place + ": " + ByteFormat::format(changes.sizeBefore) + " at " + since + " → " + std::string(notKeptText) + " at " + at
+        + " (not in the latest snapshot: deleted, moved or under 10 MB).";
+}
+
+// What the answer stands on, when it is not simply two readable snapshots a period apart.
+std::string caveats(const Compared& compared)
+{
+    const Changes& changes = compared.changes;
+    const HistoryPlaces::Located& located = compared.located;
+    std::string text;
+    if (!located.latestIsCurrent && !located.skipped.empty())
+        text += "\nThe latest snapshot, of " + SnapshotPlaces::localTime(located.skipped.front().date)
+            + ", couldn't be read, so this answers from the one of " + SnapshotPlaces::localTime(changes.to->date) + ".";
+    if (compared.unreadableStart)
+        text += "\nThe snapshot of " + SnapshotPlaces::localTime(compared.unreadableStart->date) + " couldn't be read, so this compares with the nearest one, of "
+            + SnapshotPlaces::localTime(changes.from->date) + ".";
+    if (!located.isInLatest() && changes.presence == Presence::both)
+        text += "\nIt is not in the latest snapshot; the last one that kept it is of " + SnapshotPlaces::localTime(located.keptIn->date) + ".";
+    if (compared.snapshotCount <= 1)
+        text += "\nTarnwick has one snapshot of this place so far; a change needs another one from a later day.";
+    else if (!compared.reachesPeriod)
+        text += "\nThe history starts on " + SnapshotPlaces::localDay(compared.historyStart) + ", so it is shorter than this period.";
+    return text;
 }
 
 std::string placeText(const Compared& compared, std::size_t shown)
 {
     const Changes& changes = compared.changes;
-    std::string text = changes.place + ": " + SnapshotPlaces::signedSize(changes.change, changes.isUncertain) + " since "
-        + SnapshotPlaces::localTime(changes.from->date) + " (" + SnapshotPlaces::periodName(compared.period) + "), from "
-        + ByteFormat::format(changes.sizeBefore) + " to " + ByteFormat::format(changes.sizeAfter) + " at "
-        + SnapshotPlaces::localTime(changes.to->date) + ".";
-    if (changes.from->date == changes.to->date)
-        text += "\nTarnwick has one snapshot of this place so far; a change needs another one from a later day.";
+    std::string text = headline(compared) + caveats(compared);
     std::size_t listed = std::min(shown, changes.inside.size());
     if (listed > 0)
         text += "\nChanged inside, largest change first:";
@@ -162,7 +257,7 @@ std::string placeText(const Compared& compared, std::size_t shown)
     if (grew > 0)
         text += "\nWhere the space went, deep down:";
     for (std::size_t i = 0; i < grew; ++i)
-        text += "\n  " + SnapshotPlaces::signedSize(changes.grewMost[i].change(), changes.grewMost[i].isUncertain) + "  " + changes.grewMost[i].path;
+        text += "\n" + grewMostLine(changes.grewMost[i]);
     std::string types;
     for (const TypeChange& type : changedTypes(changes))
         types += (types.empty() ? "" : ", ") + std::string(ContentCategories::displayLabel(type.category)) + " " + SnapshotPlaces::signedSize(type.change());

@@ -5,6 +5,7 @@
 #include "Support/ByteFormat.hpp"
 #include "AgentPlaces.hpp"
 #include "History/HistoryChanges.hpp"
+#include "History/SnapshotLoader.hpp"
 #include "History/VolumeTimeline.hpp"
 #include "SnapshotPlaces.hpp"
 
@@ -12,9 +13,15 @@ namespace tarnwick::SnapshotCommands {
 
 namespace {
 
+// One snapshot of the place's history: its size there, or why there is none.
+struct Row {
+    Date date {};
+    std::optional<HistoryQueries::SizePoint> point; // absent for a snapshot that couldn't be read
+};
+
 struct SizeHistory {
     HistoryPlaces::Located located;
-    std::vector<HistoryQueries::SizePoint> points;
+    std::vector<Row> points;
     std::optional<MountEntry> disk;
     std::vector<VolumeTimeline::Point> available; // one a day, the past 30 days
 };
@@ -41,11 +48,29 @@ AgentResult answerFor(const SizeHistory& history, std::size_t shown)
         + ", oldest first; sizes are comparable with the latest (a scan that read less of it doesn't count as growth).";
     if (first > 0)
         text += "\nThe latest " + std::to_string(shown) + " to fit 8 KB; " + std::to_string(first) + " earlier ones left out.";
+    if (!history.located.isInLatest())
+        text += "\nIt is not in the latest snapshot, of " + SnapshotPlaces::localTime(history.located.current->date)
+            + ": deleted, moved or now under 10 MB.";
     JSONValue::Array points;
     for (std::size_t i = first; i < history.points.size(); ++i) {
-        const HistoryQueries::SizePoint& point = history.points[i];
-        points.push_back(JSONValue::Object { { "date", AgentFormat::isoDate(point.date) }, { "size_bytes", point.bytes } });
-        text += "\n  " + SnapshotPlaces::localTime(point.date) + "  " + ByteFormat::format(point.bytes);
+        const Row& row = history.points[i];
+        JSONValue::Object json { { "date", AgentFormat::isoDate(row.date) } };
+        std::string size;
+        if (!row.point) {
+            json["size_bytes"] = JSONValue();
+            json["state"] = "damaged";
+            size = "damaged: this snapshot couldn't be read";
+        } else if (!row.point->isKept) {
+            json["size_bytes"] = JSONValue();
+            json["state"] = "under_10_mb";
+            size = "under 10 MB";
+        } else {
+            json["size_bytes"] = row.point->bytes;
+            json["state"] = "kept";
+            size = ByteFormat::format(row.point->bytes);
+        }
+        points.push_back(std::move(json));
+        text += "\n  " + SnapshotPlaces::localTime(row.date) + "  " + size;
     }
     if (history.disk) {
         text += "\nAvailable space of the disk at the latest scan of each of the past " + std::to_string(VolumeTimeline::pastDays) + " days:";
@@ -58,6 +83,7 @@ AgentResult answerFor(const SizeHistory& history, std::size_t shown)
         { "path", place },
         { "history_of", history.located.record.source.path },
         { "snapshot_count", static_cast<std::int64_t>(history.points.size()) },
+        { "in_latest_snapshot", history.located.isInLatest() },
         { "points", points },
         { "shrunk_to_fit", first > 0 },
         { "disk", diskJSON(history) },
@@ -79,8 +105,18 @@ AgentResult history(const Request& request, const Context& context)
         return located.error();
 
     SizeHistory history { std::move(*located), {}, SnapshotPlaces::mountAt(*path), {} };
-    std::vector<std::shared_ptr<const Snapshot>> snapshots = HistoryPlaces::series(*store, history.located.record);
-    history.points = HistoryQueries::sizeHistory(snapshots, history.located.place);
+    std::vector<SnapshotLoader::Item> series = SnapshotLoader::series(*store, history.located.record);
+    std::vector<std::shared_ptr<const Snapshot>> intact;
+    for (const SnapshotLoader::Item& item : series) {
+        if (item.snapshot)
+            intact.push_back(item.snapshot);
+    }
+    std::vector<HistoryQueries::SizePoint> sizes = HistoryQueries::sizeHistory(intact, history.located.place);
+    if (sizes.size() != intact.size())
+        return SnapshotPlaces::noHistory();
+    std::size_t next = 0;
+    for (const SnapshotLoader::Item& item : series)
+        history.points.push_back(Row { item.entry.date, item.snapshot ? std::optional(sizes[next++]) : std::nullopt });
     if (history.points.empty())
         return SnapshotPlaces::noHistory();
     if (history.disk) {

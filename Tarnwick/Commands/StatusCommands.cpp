@@ -27,7 +27,7 @@ std::string shownPath(const std::string& path)
 
 }
 
-AgentResult status(const AppModel& model)
+AgentResult status(const AppModel& model, const HistoryNotes& history)
 {
     JSONValue::Object json { { "running", true } };
     std::string text = "Tarnwick is running.";
@@ -81,6 +81,12 @@ AgentResult status(const AppModel& model)
         json["last_failure"] = failure->message;
         text += "\nThe last scan failed: " + failure->message;
     }
+    json["snapshot_not_saved"] = history.saveProblem ? JSONValue(*history.saveProblem) : JSONValue();
+    json["history_rebuilt"] = history.recovery ? JSONValue(*history.recovery) : JSONValue();
+    if (history.saveProblem)
+        text += "\n" + *history.saveProblem;
+    if (history.recovery)
+        text += "\n" + *history.recovery;
     json["color_mode"] = std::string(ColorModes::commandLineName(model.colorMode()));
     json["waiting_for_user"] = model.isWaitingForUser();
     text += "\nMap color: " + std::string(ColorModes::title(model.colorMode())) + ".";

@@ -52,7 +52,8 @@ std::expected<TypesSource, AgentResult> sourceFor(const Request& request, const 
     auto located = SnapshotPlaces::locate(SnapshotPlaces::history(context, owned), path);
     if (!located)
         return std::unexpected(located.error());
-    return TypesSource { SnapshotTree::make(*located->current), NodeID { located->node }, {}, located->current->date, located->current->hasColors };
+    const Snapshot& snapshot = *located->keptIn;
+    return TypesSource { SnapshotTree::make(snapshot), NodeID { located->node }, {}, snapshot.date, snapshot.hasColors };
 }
 
 std::string sourceText(const TypesSource& source)

@@ -7,6 +7,7 @@
 #include "History/HistoryStore.hpp"
 #include "History/ScanRecorder.hpp"
 #include "History/Snapshot.hpp"
+#include "History/SnapshotLoader.hpp"
 #include "Platform/MountTable.hpp"
 #include "Platform/UserDefaults.hpp"
 #include "Platform/VolumeIdentity.hpp"
@@ -23,16 +24,6 @@ bool isInside(const std::string& path, const std::string& mountPoint)
     return path == mountPoint || (path.starts_with(mountPoint) && path[mountPoint.size()] == '/');
 }
 
-std::shared_ptr<const Snapshot> loadSnapshot(HistoryStore& store, const HistorySource& source, const HistoryEntry& entry)
-{
-    auto bytes = store.load(source, entry.id);
-    if (!bytes)
-        return nullptr;
-    auto snapshot = Snapshot::decode(*bytes);
-    if (!snapshot)
-        return nullptr;
-    return std::make_shared<const Snapshot>(std::move(*snapshot));
-}
 
 }
 
@@ -77,11 +68,13 @@ std::optional<MenuBarDisks::Change> MenuBarDisks::changeSinceYesterday(const His
         if (auto known = m_changes.find(key); known != m_changes.end())
             return known->second;
     }
+    // Damaged files are passed over as for every reader: the nearest intact start, the newest
+    // intact latest snapshot; no change when they are one and the same.
     std::optional<Change> change;
-    auto from = loadSnapshot(*m_store, source, *start);
-    auto to = loadSnapshot(*m_store, source, *record->current);
-    if (from && to) {
-        if (auto compared = HistoryQueries::changes(from, to))
+    auto from = SnapshotLoader::start(*m_store, *record, HistoryPeriod::yesterday);
+    auto to = SnapshotLoader::latest(*m_store, *record);
+    if (from && to && from->loaded.entry.date < to->loaded.entry.date) {
+        if (auto compared = HistoryQueries::changes(from->loaded.snapshot, to->loaded.snapshot))
             change = Change { compared->change, compared->isUncertain };
     }
     std::scoped_lock guard(m_lock);

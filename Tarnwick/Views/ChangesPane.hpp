@@ -2,7 +2,7 @@
 
 #include "History/HistoryChanges.hpp"
 #include "History/HistoryPeriod.hpp"
-#include "PeriodChanges.hpp"
+#include "History/PeriodChanges.hpp"
 #include "Scanning/NodeID.hpp"
 #include "SunburstView.hpp"
 

@@ -5,7 +5,7 @@
 #include "Geometry/SunburstGeometry.hpp"
 #include "Geometry/SunburstLayout.hpp"
 #include "Geometry/VolumeCapacity.hpp"
-#include "PeriodChanges.hpp"
+#include "History/PeriodChanges.hpp"
 #include "Scanning/ScanProgress.hpp"
 
 #include <QPixmap>

@@ -1,4 +1,5 @@
 #include "History/HistoryPlaces.hpp"
+#include "History/SnapshotLoader.hpp"
 
 #include "History/HistoryChanges.hpp"
 #include "History/HistoryTestSupport.hpp"
@@ -122,17 +123,26 @@ TEST_F(HistoryPlacesStoreTest, APlaceIsFoundInTheDeepestSnapshotThatKeepsIt)
     EXPECT_EQ(sourceKeeping({ "/home/ann/link-to-app", "/data/projects/app" }), "/data/projects");
 }
 
-TEST_F(HistoryPlacesStoreTest, ADamagedLatestSnapshotFallsBackToAShallowerSource)
+TEST_F(HistoryPlacesStoreTest, ADamagedLatestSnapshotFallsBackToTheDaySnapshotThenToAShallowerSource)
 {
     save("/data", { { "projects/app/build.o", 40'000'000 } });
     save("/data/projects", { { "app/build.o", 50'000'000 } });
     auto projects = store->record(HistorySource { "/data/projects", "disk" });
     ASSERT_TRUE(projects.has_value());
-    std::FILE* file = std::fopen((temp / "History/" + projects->folder + "/current.snap").c_str(), "wb");
-    ASSERT_NE(file, nullptr);
-    std::fputs("not a snapshot", file);
-    std::fclose(file);
+    auto damage = [&](const std::string& file) {
+        std::FILE* stream = std::fopen((temp / "History/" + projects->folder + "/" + file).c_str(), "wb");
+        ASSERT_NE(stream, nullptr);
+        std::fputs("not a snapshot", stream);
+        std::fclose(stream);
+    };
+    damage("current.snap");
+    auto located = HistoryPlaces::locate(*store, std::vector<std::string> { "/data/projects/app" });
+    ASSERT_TRUE(located);
+    EXPECT_EQ(located->record.source.path, "/data/projects");
+    EXPECT_FALSE(located->latestIsCurrent);
+    EXPECT_EQ(located->latest.file, projects->entries.back().file);
 
+    damage(projects->entries.back().file);
     EXPECT_EQ(sourceKeeping({ "/data/projects/app" }), "/data");
 }
 
@@ -144,14 +154,20 @@ TEST_F(HistoryPlacesStoreTest, SeriesEndsWithTheCurrentSnapshotOnlyWhenItIsNewer
     clock = utc(2025, 3, 11, 8);
     save("/data", { { "a/x", 35'000'000 } }); // a new day: both day and current
 
-    auto series = HistoryPlaces::series(*store, *store->record(HistorySource { "/data", "disk" }));
+    auto snapshots = [&] {
+        std::vector<std::shared_ptr<const Snapshot>> list;
+        for (const auto& item : SnapshotLoader::series(*store, *store->record(HistorySource { "/data", "disk" })))
+            list.push_back(item.snapshot);
+        return list;
+    };
+    auto series = snapshots();
     ASSERT_EQ(series.size(), 2u);
     EXPECT_EQ(series[0]->date, utc(2025, 3, 10, 9));
     EXPECT_EQ(series[1]->date, utc(2025, 3, 11, 8));
 
     clock = utc(2025, 3, 11, 20);
     save("/data", { { "a/x", 45'000'000 } });
-    series = HistoryPlaces::series(*store, *store->record(HistorySource { "/data", "disk" }));
+    series = snapshots();
     ASSERT_EQ(series.size(), 3u);
     EXPECT_EQ(series.back()->date, utc(2025, 3, 11, 20));
     auto sizes = HistoryQueries::sizeHistory(series, "/data/a");

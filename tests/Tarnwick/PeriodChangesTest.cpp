@@ -1,7 +1,7 @@
 #include "Alerts/SpaceAlertStore.hpp"
 #include "History/HistoryTestSupport.hpp"
 #include "MenuBarDisks.hpp"
-#include "PeriodChanges.hpp"
+#include "History/PeriodChanges.hpp"
 #include "Platform/UserDefaults.hpp"
 #include "SavedScans.hpp"
 #include "Support/TempFolder.hpp"
@@ -107,14 +107,44 @@ TEST_F(PeriodChangesTest, TheFirstScanStartsWithItself)
     EXPECT_EQ(changes->at("/fresh")->change, 0);
 }
 
-TEST_F(PeriodChangesTest, ADamagedSnapshotIsReported)
+// The window and the tray read through the same loader as the commands: a damaged start
+// snapshot gives way to the nearest intact one that is not the scan's own day.
+TEST_F(PeriodChangesTest, ADamagedStartFallsBackToTheNearestIntactDay)
 {
     auto record = store->record(place);
     ASSERT_TRUE(record);
-    std::ofstream(store->directory() + "/" + record->folder + "/" + record->entries.front().file) << "not a snapshot";
-    auto changes = PeriodChanges::load(*store, place, HistoryPeriod::all, utc(2024, 6, 10, 8));
-    ASSERT_FALSE(changes);
-    EXPECT_EQ(changes.error(), PeriodChanges::Problem::unreadable);
+    ASSERT_EQ(record->entries.size(), 3u);
+    const std::string folderPath = store->directory() + "/" + record->folder + "/";
+    struct Case {
+        std::size_t damaged; // the day entry made unreadable
+        HistoryPeriod period;
+        Date start;
+    };
+    const Case cases[] {
+        // Yesterday evening is damaged: three days ago, not this morning's own snapshot.
+        { 1, HistoryPeriod::yesterday, utc(2024, 6, 7, 9) },
+        // The earliest is damaged: the next one.
+        { 0, HistoryPeriod::all, utc(2024, 6, 9, 22) },
+    };
+    for (const Case& c : cases) {
+        const std::string file = folderPath + record->entries[c.damaged].file;
+        std::ifstream original(file, std::ios::binary);
+        std::string bytes((std::istreambuf_iterator<char>(original)), {});
+        original.close();
+        std::ofstream(file, std::ios::trunc) << "not a snapshot";
+        auto changes = PeriodChanges::load(*store, place, c.period, utc(2024, 6, 10, 8));
+        ASSERT_TRUE(changes) << c.period.rawValue();
+        EXPECT_EQ(changes->start().date, c.start) << c.period.rawValue();
+        EXPECT_FALSE(changes->startsWithThisScan());
+        if (c.period == HistoryPeriod::yesterday) {
+            UserDefaults defaults(folder / "defaults.json");
+            MenuBarDisks disks(store.get(), defaults);
+            auto change = disks.changeSinceYesterday(place);
+            ASSERT_TRUE(change);
+            EXPECT_EQ(change->bytes, changes->at("/data")->change);
+        }
+        std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
+    }
 }
 
 TEST_F(PeriodChangesTest, TheTraysChangeSinceYesterday)

@@ -3,6 +3,8 @@
 #include "Classification/TreeFixture.hpp"
 #include "History/HistoryStore.hpp"
 #include "History/Snapshot.hpp"
+#include "Classification/TimeZone.hpp"
+#include "History/SnapshotColors.hpp"
 #include "History/SnapshotReducer.hpp"
 
 #include <gtest/gtest.h>
@@ -43,6 +45,31 @@ inline void saveScan(HistoryStore& store, const HistorySource& source, const Sca
     files.current = std::move(encoded->current);
     files.day = std::move(encoded->day);
     ASSERT_TRUE(store.save(source, files));
+}
+
+// A scan encoded the way the app saves it, with colours, so that every reader (types too) has
+// what it needs.
+inline HistoryStore::SnapshotFiles filesFor(const std::shared_ptr<const ScanTree>& tree, Date date, std::optional<Snapshot::Volume> volume = std::nullopt)
+{
+    static const FixedTimeZone zone(0);
+    SnapshotColors colors = SnapshotColors::make(tree, DateGroup::Boundaries::make(date, zone));
+    auto encoded = Snapshot::encodeForStore(SnapshotReducer::reduce(*tree, { date, volume, &colors, &zone }));
+    HistoryStore::SnapshotFiles files;
+    files.date = date;
+    files.total = tree->allocatedSize(NodeID::root());
+    if (volume) {
+        files.volumeTotal = volume->total;
+        files.volumeAvailable = volume->available;
+    }
+    files.current = std::move(encoded->current);
+    files.day = std::move(encoded->day);
+    return files;
+}
+
+inline void saveWithColors(HistoryStore& store, const HistorySource& source, const std::shared_ptr<const ScanTree>& tree, Date date,
+    std::optional<Snapshot::Volume> volume = std::nullopt)
+{
+    ASSERT_TRUE(store.save(source, filesFor(tree, date, volume)));
 }
 
 }

@@ -189,6 +189,7 @@ TEST_F(SnapshotCommandsE2E, AlertsRoundTripWithoutTheApp)
         { "add-alert " + quoted() + " --fuller-than 50", 1, "INVALID_ARGUMENT: " },
         { "add-alert / --larger-than 1G", 1, "INVALID_ARGUMENT: A disk takes --fuller-than PERCENT." },
         { "add-alert relative --larger-than 1G", 1, "INVALID_PATH: " },
+        { "add-alert '/nonexistent' --larger-than 1G", 1, "INVALID_PATH: /nonexistent doesn't exist." },
         { "add-alert " + quoted() + " --larger-than 1G --period week", 2, "--period goes with --grows-by." },
         { "add-alert " + quoted(), 2, "add-alert needs one limit: " },
     };
@@ -228,4 +229,127 @@ TEST_F(SnapshotCommandsE2E, TheAppNotifiesPassedLimitsOnceAndRemembersThem)
     std::size_t notified = settings.find("SpaceAlertsNotified");
     ASSERT_NE(notified, std::string::npos);
     EXPECT_EQ(settings.find(folderID, notified), std::string::npos);
+}
+
+// A history on a read-only mount (made in a user namespace of its own, so no privileges are
+// needed): it is read as ever, and a scan whose snapshot cannot be saved says so in wait and
+// status, leaving what was saved as it was.
+TEST_F(SnapshotCommandsE2E, AReadOnlyHistoryIsReadAndAFailedSaveIsTold)
+{
+    if (tarnwick::fixtures::runShell("unshare -rm true >/dev/null 2>&1") != 0)
+        GTEST_SKIP() << "user namespaces are not available here";
+    makePlace();
+    scanIntoHistory();
+    stopApps();
+    const std::string history = m_home / "data/tarnwick/History";
+    auto readIndex = [&] {
+        std::ifstream file(history + "/index.json");
+        return std::string((std::istreambuf_iterator<char>(file)), {});
+    };
+    const std::string indexBefore = readIndex();
+
+    const std::string run = "env " + m_environment + " " + TARNWICK_EXECUTABLE + " ";
+    const std::string out = m_home / "out";
+    const std::string script = "mount --bind '" + history + "' '" + history + "' && mount -o remount,bind,ro '" + history + "' && "
+        + run + "history " + quoted() + " --json >'" + out + ".history' 2>&1; echo $? >'" + out + ".history-status'; "
+        + run + "scan " + quoted() + " >/dev/null 2>&1; " + run + "wait --timeout 60 --json >'" + out + ".wait' 2>&1; "
+        + run + "status --json >'" + out + ".status' 2>&1";
+    ASSERT_EQ(tarnwick::fixtures::runShell("unshare -rm sh -c \"" + script + "\""), 0);
+    auto readOut = [&](const std::string& suffix) {
+        std::ifstream file(out + suffix);
+        return std::string((std::istreambuf_iterator<char>(file)), {});
+    };
+
+    EXPECT_EQ(readOut(".history-status"), "0\n") << readOut(".history");
+    nlohmann::json answered = nlohmann::json::parse(readOut(".history"), nullptr, false);
+    ASSERT_TRUE(answered.is_object()) << readOut(".history");
+    EXPECT_EQ(answered["points"].size(), 1u);
+
+    for (const std::string suffix : { ".wait", ".status" }) {
+        nlohmann::json status = nlohmann::json::parse(readOut(suffix), nullptr, false);
+        ASSERT_TRUE(status.is_object()) << suffix << ": " << readOut(suffix);
+        ASSERT_TRUE(status["snapshot_not_saved"].is_string()) << suffix << ": " << readOut(suffix);
+        std::string problem = status["snapshot_not_saved"];
+        EXPECT_TRUE(problem.starts_with("The snapshot couldn't be saved: ")) << problem;
+        EXPECT_NE(problem.find("Read-only file system"), std::string::npos) << problem;
+    }
+    EXPECT_EQ(readIndex(), indexBefore);
+}
+
+// A month of daily scans by one app whose clock is moved a day at a time (libfaketime, which
+// the app's clocks follow), then the history read through the command line, intact and after
+// damage to its files.
+TEST_F(SnapshotCommandsE2E, AMonthOfDailyScansUnderFakedDates)
+{
+    const std::string library = "/usr/lib/x86_64-linux-gnu/faketime/libfaketime.so.1";
+    if (!std::filesystem::exists(library))
+        GTEST_SKIP() << "libfaketime is not installed";
+    const std::string clockFile = m_home / "faked-time";
+    auto setDay = [&](int day) { std::ofstream(clockFile, std::ios::trunc) << "@2024-06-" << (day < 10 ? "0" : "") << day << " 09:00:00\n"; };
+    setDay(1);
+    const std::string plainEnvironment = m_environment;
+    m_environment += " LD_PRELOAD='" + library + "' FAKETIME_TIMESTAMP_FILE='" + clockFile + "' FAKETIME_NO_CACHE=1 DONT_FAKE_MONOTONIC=1 TZ=UTC";
+
+    constexpr int days = 30;
+    m_place.makeFile("steady/base.bin", 30'000'000);
+    for (int day = 1; day <= days; ++day) {
+        setDay(day);
+        m_place.makeFile("grow/day" + std::to_string(day) + ".bin", 2'000'000);
+        // The first day scans the place; later days scan it again (scan would open the result).
+        ASSERT_EQ(tarnwick(day == 1 ? "scan " + quoted() : std::string("rescan")).status, 0) << day;
+        ASSERT_EQ(tarnwick("wait --timeout 60").status, 0) << day;
+    }
+    ASSERT_TRUE(eventually([&] { return json("history " + quoted())["snapshot_count"] == days; })) << tarnwick("history " + quoted()).out;
+    stopApps();
+    // The tool alone, at noon of the last day.
+    std::ofstream(clockFile, std::ios::trunc) << "@2024-06-30 12:00:00\n";
+    nlohmann::json history = json("history " + quoted());
+    ASSERT_EQ(history["points"].size(), static_cast<std::size_t>(days)) << history.dump();
+    EXPECT_EQ(history["points"][0]["date"], "2024-06-01T09:00:00Z");
+
+    nlohmann::json yesterday = json("changes " + quoted("grow"));
+    EXPECT_EQ(yesterday["one_snapshot_only"], false) << yesterday.dump();
+    EXPECT_EQ(yesterday["from"], "2024-06-29T09:00:00Z");
+    EXPECT_NEAR(yesterday["change_bytes"].get<double>(), 2'000'000, 200'000);
+    nlohmann::json week = json("changes " + quoted("grow") + " --period week");
+    EXPECT_EQ(week["from"], "2024-06-23T09:00:00Z");
+    EXPECT_NEAR(week["change_bytes"].get<double>(), 14'000'000, 300'000);
+    EXPECT_EQ(week["covers_period"], true);
+    nlohmann::json month = json("changes " + quoted() + " --period month");
+    EXPECT_EQ(month["covers_period"], false);
+    EXPECT_EQ(month["history_starts"], "2024-06-01T09:00:00Z");
+
+    // Damage: yesterday's day snapshot, then the index. Everything intact still answers.
+    const std::string store = m_home / "data/tarnwick/History";
+    nlohmann::json index = nlohmann::json::parse(std::ifstream(store + "/index.json"));
+    const std::string folder = store + "/" + index["sources"][0]["folder"].get<std::string>();
+    // The last day entry is today's; the one before it is yesterday's.
+    const auto& entries = index["sources"][0]["entries"];
+    const std::string yesterdayFile = entries[entries.size() - 2]["file"];
+    // Damaged where it lies, as by the disk: its modification time stays the scan's.
+    const auto modified = std::filesystem::last_write_time(folder + "/" + yesterdayFile);
+    std::ofstream(folder + "/" + yesterdayFile, std::ios::trunc) << "TSNP\x07garbage";
+    std::filesystem::last_write_time(folder + "/" + yesterdayFile, modified);
+
+    nlohmann::json damaged = json("history " + quoted());
+    ASSERT_EQ(damaged["points"].size(), static_cast<std::size_t>(days)) << damaged.dump();
+    EXPECT_EQ(damaged["points"][days - 2]["state"], "damaged");
+    nlohmann::json fallback = json("changes " + quoted("grow"));
+    EXPECT_EQ(fallback["unreadable_start"], "2024-06-29T09:00:00Z") << fallback.dump();
+    EXPECT_EQ(fallback["from"], "2024-06-28T09:00:00Z");
+    ProcessRun text = tarnwick("changes " + quoted("grow"));
+    EXPECT_NE(text.out.find("couldn't be read, so this compares with the nearest one, of 2024-06-28"), std::string::npos) << text.out;
+
+    // Then the index: rebuilt from the files, every intact day still there.
+    std::ofstream(store + "/index.json", std::ios::trunc) << "{\"nextID\":\"x\",\"sources\":{\"a\":1}}";
+    nlohmann::json rebuilt = json("history " + quoted());
+    int kept = 0;
+    for (const auto& point : rebuilt["points"])
+        kept += point["state"] == "kept" ? 1 : 0;
+    EXPECT_EQ(kept, days - 1) << rebuilt.dump();
+    bool setAside = false;
+    for (const auto& entry : std::filesystem::directory_iterator(store))
+        setAside = setAside || entry.path().filename().string().starts_with("index.json.damaged-");
+    EXPECT_TRUE(setAside);
+    m_environment = plainEnvironment;
 }

@@ -1,28 +1,13 @@
-#include "PeriodChanges.hpp"
+#include "History/PeriodChanges.hpp"
 
 #include "History/HistoryStore.hpp"
 #include "History/PlaceComparison.hpp"
 #include "History/Snapshot.hpp"
+#include "History/SnapshotLoader.hpp"
 #include "History/SnapshotMatching.hpp"
 #include "Scanning/ScanTree.hpp"
 
 namespace tarnwick {
-
-namespace {
-
-std::expected<std::shared_ptr<const Snapshot>, PeriodChanges::Problem> loadSnapshot(HistoryStore& store, const HistorySource& source,
-    const HistoryEntry& entry)
-{
-    auto bytes = store.load(source, entry.id);
-    if (!bytes)
-        return std::unexpected(PeriodChanges::Problem::unreadable);
-    auto snapshot = Snapshot::decode(*bytes);
-    if (!snapshot || !snapshot->isConsistent())
-        return std::unexpected(PeriodChanges::Problem::unreadable);
-    return std::make_shared<const Snapshot>(std::move(*snapshot));
-}
-
-}
 
 std::string_view PeriodChanges::problemText(Problem problem)
 {
@@ -42,20 +27,19 @@ std::expected<PeriodChanges, PeriodChanges::Problem> PeriodChanges::load(History
     if (!record || !record->current || record->current->date < SnapshotDates::truncatedToMicroseconds(scanFinishedAt))
         return std::unexpected(Problem::notSavedYet);
     // The first scan of a day is also that day's snapshot, so there is always one once the
-    // current one is saved.
-    std::optional<HistoryEntry> start = period.startEntry(record->entries, store.now(), store.calendar());
-    if (!start)
+    // current one is saved. A damaged start gives way to the nearest intact day snapshot.
+    if (record->entries.empty())
         return std::unexpected(Problem::notSavedYet);
+    auto start = SnapshotLoader::start(store, *record, period);
+    auto to = SnapshotLoader::load(store, source, *record->current);
+    if (!start || !to)
+        return std::unexpected(Problem::unreadable);
     PeriodChanges changes;
     changes.m_period = period;
-    changes.m_start = *start;
-    changes.m_current = *record->current;
-    auto from = loadSnapshot(store, source, *start);
-    auto to = loadSnapshot(store, source, *record->current);
-    if (!from || !to)
-        return std::unexpected(Problem::unreadable);
-    changes.m_from = std::move(*from);
-    changes.m_to = std::move(*to);
+    changes.m_start = start->loaded.entry;
+    changes.m_current = to->entry;
+    changes.m_from = std::move(start->loaded.snapshot);
+    changes.m_to = std::move(to->snapshot);
     return changes;
 }
 
