@@ -13,6 +13,12 @@ namespace tarnwick::HistoryQueries {
 
 namespace {
 
+// Whether the node of a snapshot (none below 0) stands for a place its scan could not read in full.
+bool isIncomplete(const Snapshot& snapshot, std::int32_t node)
+{
+    return node >= 0 && static_cast<std::size_t>(node) < snapshot.flags.size() && snapshot.flags[static_cast<std::size_t>(node)].contains(NodeFlag::incomplete);
+}
+
 std::int64_t magnitude(std::int64_t value) { return value < 0 ? (value == INT64_MIN ? INT64_MAX : -value) : value; }
 
 // Largest change either way first; equal changes by path, so the order never depends on
@@ -149,6 +155,8 @@ std::expected<Changes, ChangesError> changes(
     result.presence = place0.earlier < 0 ? Presence::laterOnly : place0.later < 0 ? Presence::earlierOnly : Presence::both;
     result.sizeBefore = comparison->before(0);
     result.sizeAfter = comparison->after(0);
+    result.beforeIncomplete = isIncomplete(*result.from, place0.earlier);
+    result.afterIncomplete = isIncomplete(*result.to, place0.later);
     result.change = result.sizeAfter - result.sizeBefore;
     result.isUncertain = comparison->isUncertain(0);
     listInside(result, *comparison, insideCount);
@@ -178,6 +186,7 @@ std::vector<SizePoint> sizeHistory(std::span<const std::shared_ptr<const Snapsho
         if (latestReadWhole && isReadWhole(*snapshot) && (snapshot->node(place) || latest.node(place))) {
             auto node = snapshot->node(place);
             point.isKept = node.has_value();
+            point.isIncomplete = node && isIncomplete(*snapshot, *node);
             if (node)
                 point.bytes = sizes == SizeBasis::precise ? snapshot->size(*node) : snapshot->allocated[static_cast<std::size_t>(*node)];
             points.push_back(point);
@@ -186,6 +195,7 @@ std::vector<SizePoint> sizeHistory(std::span<const std::shared_ptr<const Snapsho
         const SnapshotMatching matching(*snapshot, latest);
         auto comparison = PlaceComparison::make(*snapshot, latest, matching, place, sizes);
         point.isKept = comparison && comparison->pairs()[0].earlier >= 0;
+        point.isIncomplete = comparison && isIncomplete(*snapshot, comparison->pairs()[0].earlier);
         if (comparison) {
             point.bytes = comparison->before(0);
             // Folders only one of the two scans read count as the latest saw them; an outer

@@ -69,6 +69,7 @@ struct SizePoint {
     Date date {};
     std::int64_t bytes = 0;
     bool isKept = true; // false when the snapshot does not keep the place: under 10 MB or not there
+    bool isIncomplete = false; // that scan could not read all of the place: bytes is a lower bound
 
     bool operator==(const SizePoint&) const = default;
 };
@@ -83,6 +84,9 @@ struct Changes {
     SizeBasis sizes = SizeBasis::rounded;
     std::int64_t sizeBefore = 0;
     std::int64_t sizeAfter = 0;
+    // A scan that could not read all of the place: its size is a lower bound.
+    bool beforeIncomplete = false;
+    bool afterIncomplete = false;
     std::int64_t change = 0;
     bool isUncertain = false;
     // The changed places directly inside, largest change (either way) first.

@@ -164,6 +164,7 @@ JSONValue::Object placeJSON(const Compared& compared, std::size_t shown)
         { "last_kept", located.isInLatest() ? JSONValue() : JSONValue(AgentFormat::isoDate(located.keptIn->date)) },
         { "size_before_bytes", sizeJSON(changes.sizeBefore, before) },
         { "size_after_bytes", sizeJSON(changes.sizeAfter, after) },
+        { "incomplete", changes.beforeIncomplete || changes.afterIncomplete },
         { "unknown_size_reason", before && after ? JSONValue() : JSONValue(std::string(notKeptReason)) },
         { "change_bytes", before && after ? JSONValue(changes.change) : JSONValue() },
         { "uncertain", changes.isUncertain },
@@ -206,14 +207,15 @@ std::string headline(const Compared& compared)
     switch (changes.presence) {
     case Presence::both:
         return changes.place + ": " + SnapshotPlaces::signedSize(changes.change, changes.isUncertain) + " since " + since + ", from "
-            + ByteFormat::format(changes.sizeBefore) + " to " + ByteFormat::format(changes.sizeAfter) + " at " + at + ".";
+            + AgentFormat::size(changes.sizeBefore, changes.beforeIncomplete) + " to " + AgentFormat::size(changes.sizeAfter, changes.afterIncomplete)
+            + " at " + at + ".";
     case Presence::laterOnly:
-        return changes.place + ": " + std::string(notKeptText) + " at " + since + " → " + ByteFormat::format(changes.sizeAfter) + " at " + at
+        return changes.place + ": " + std::string(notKeptText) + " at " + since + " → " + AgentFormat::size(changes.sizeAfter, changes.afterIncomplete) + " at " + at
             + ". " + std::string(Snapshot::keepRule);
     case Presence::earlierOnly:
         break;
     }
-    return changes.place + ": " + ByteFormat::format(changes.sizeBefore) + " at " + since + " → " + std::string(notKeptText) + " at " + at
+    return changes.place + ": " + AgentFormat::size(changes.sizeBefore, changes.beforeIncomplete) + " at " + since + " → " + std::string(notKeptText) + " at " + at
         + " (not in the latest snapshot: deleted, moved or under 10 MB).";
 }
 

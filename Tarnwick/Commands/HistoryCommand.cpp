@@ -67,7 +67,8 @@ AgentResult answerFor(const SizeHistory& history, std::size_t shown)
         } else {
             json["size_bytes"] = row.point->bytes;
             json["state"] = "kept";
-            size = ByteFormat::format(row.point->bytes);
+            json["incomplete"] = row.point->isIncomplete;
+            size = AgentFormat::size(row.point->bytes, row.point->isIncomplete);
         }
         points.push_back(std::move(json));
         text += "\n  " + SnapshotPlaces::localTime(row.date) + "  " + size;
