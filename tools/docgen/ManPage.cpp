@@ -68,7 +68,7 @@ std::string command(const AgentCommands::Command& command)
 {
     using Kind = AgentCommands::PathArgument::Kind;
     std::string text = ".SS " + escaped(AgentCommands::usageLine(command)) + "\n";
-    text += escaped(command.summary) + "\n" + escaped(command.detail) + "\n";
+    text += escaped(command.summary) + "\n.PP\n" + escaped(command.detail) + "\n";
     if (command.path.kind != Kind::none)
         text += tagged(".I PATH", command.path.text);
     for (const AgentCommands::Option& option : command.options)
