@@ -1,6 +1,8 @@
 #include "AppMain.hpp"
 
+#include "Agent/AgentChannel.hpp"
 #include "Agent/AgentListener.hpp"
+#include "AppHandoff.hpp"
 #include "AgentTools.hpp"
 #include "AppCommands.hpp"
 #include "AppModel.hpp"
@@ -10,6 +12,8 @@
 #include "HistoryRecorder.hpp"
 #include "MainExecutor.hpp"
 #include "Notifier.hpp"
+#include "Platform/AppLauncher.hpp"
+#include "Platform/FileLock.hpp"
 #include "Platform/LoginItem.hpp"
 #include "Platform/SystemLog.hpp"
 #include "Platform/UserDefaults.hpp"
@@ -17,10 +21,14 @@
 #include "DesktopHost.hpp"
 #include "SpaceWatch.hpp"
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <linux/close_range.h>
 #include <pthread.h>
+#include <sys/syscall.h>
 #include <thread>
+#include <unistd.h>
 
 namespace tarnwick::AppMain {
 
@@ -33,6 +41,18 @@ std::optional<std::string> openArgument(const std::vector<std::string>& words)
             return words[i + 1];
     }
     return std::nullopt;
+}
+
+// Descriptors the starter left open (a pipe's end, a wrapper's files) would stay open as
+// long as the app runs and keep their readers waiting; the app needs none of them.
+void closeInheritedDescriptors()
+{
+    ::syscall(SYS_close_range, 3U, ~0U, 0U);
+}
+
+bool startedInBackground(const std::vector<std::string>& words)
+{
+    return std::find(words.begin(), words.end(), AppLauncher::backgroundWord) != words.end();
 }
 
 // Termination requests arrive as signals; a thread of their own turns them into a stop of
@@ -48,7 +68,10 @@ std::thread watchForTermination(MainExecutor& executor, sigset_t signals)
 
 }
 
-int run(const std::vector<std::string>& words)
+namespace {
+
+// The app itself, once this process holds the app lock.
+int runHoldingLock(const std::vector<std::string>& words)
 {
     sigset_t signals;
     sigemptyset(&signals);
@@ -103,14 +126,8 @@ int run(const std::vector<std::string>& words)
             executor.stop();
         }
         std::unique_ptr<DesktopHost::Window> window = desktop ? desktop->openWindow(model, dailyScans.get()) : nullptr;
-        if (auto path = openArgument(words)) {
-            executor.post([&model, path = *path] {
-                AgentCommands::Request request { "scan", { { "path", path } }, false };
-                AgentResult result = AppCommands::scan(model, request);
-                if (result.isError)
-                    SystemLog::write(SystemLog::Level::error, "app", result.text);
-            });
-        }
+        if (window)
+            tools.setWindow(window.get());
         executor.run();
         // Connections may still wait for commands on the main executor: keep running it
         // until the listener has ended them all.
@@ -126,6 +143,26 @@ int run(const std::vector<std::string>& words)
     pthread_kill(terminationWatch.native_handle(), SIGTERM);
     terminationWatch.join();
     return status;
+}
+
+}
+
+int run(const std::vector<std::string>& words)
+{
+    closeInheritedDescriptors();
+    if (auto path = openArgument(words))
+        return AppHandoff::open(*path);
+    // One app per user: the lock is taken before the socket is bound and held until the
+    // socket is gone, so only its holder ever replaces or removes the socket file.
+    UserFolders::ensureFolder(UserFolders::dataFolder());
+    std::unique_ptr<FileLock> instance = FileLock::tryTake(AgentChannel::appLockPath());
+    if (!instance) {
+        // The tool that started this one finds the running app by itself.
+        if (startedInBackground(words))
+            return 0;
+        return AppHandoff::showRunningApp();
+    }
+    return runHoldingLock(words);
 }
 
 }

@@ -2,6 +2,8 @@
 
 #include "Agent/AgentChannel.hpp"
 #include "Agent/AgentCommands.hpp"
+#include "Agent/AgentErrorCode.hpp"
+#include "Agent/AgentFormat.hpp"
 #include "Agent/AgentOutput.hpp"
 #include "Agent/LocalAnswer.hpp"
 #include "Agent/ToolName.hpp"
@@ -16,9 +18,13 @@ namespace {
 
 AgentResult answerWithoutApp(const AgentCommands::Request& request)
 {
-    if (request.command == "status")
-        return AppCommands::statusWithoutApp();
-    return SnapshotAnswers::answer(request);
+    try {
+        if (request.command == "status")
+            return AgentFormat::withinLimit(AppCommands::statusWithoutApp());
+        return AgentFormat::withinLimit(SnapshotAnswers::answer(request));
+    } catch (const std::exception& error) {
+        return AgentResult::failure(AgentErrorCode::generic, "Tarnwick couldn't answer: " + std::string(error.what()));
+    }
 }
 
 }

@@ -8,6 +8,7 @@ packages=(
   libgtest-dev libgmock-dev
   nlohmann-json3-dev libutf8proc-dev
   clang libclang-rt-14-dev
+  clang-19 libclang-rt-19-dev
   util-linux
   qt6-base-dev qt6-charts-dev qt6-svg-dev qt6-qpa-plugins libgl-dev libqt6opengl6-dev
   xvfb xauth

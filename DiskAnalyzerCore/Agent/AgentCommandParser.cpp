@@ -1,5 +1,7 @@
 #include "Agent/AgentCommands.hpp"
 
+#include "Agent/EchoedText.hpp"
+
 #include <array>
 
 namespace tarnwick::AgentCommands {
@@ -26,6 +28,30 @@ std::optional<std::string> addAlertError(const Request& request)
     return std::nullopt;
 }
 
+// The rules on a whole request, whether its arguments came as typed words or over the socket.
+std::optional<std::string> requestError(const Command& command, const Request& request)
+{
+    if (command.path.kind == PathArgument::Kind::required && !request.arguments.contains("path"))
+        return command.name + " needs a path: " + usageLine(command) + ".";
+    if (command.name == "add-alert")
+        return addAlertError(request);
+    return std::nullopt;
+}
+
+std::string valueError(const Option& option, std::string_view value)
+{
+    return option.flag + " doesn't take " + EchoedText::shortened(value) + ": " + option.detail;
+}
+
+const Option* optionWithKey(const Command& command, std::string_view key)
+{
+    for (const Option& option : command.options) {
+        if (option.key == key)
+            return &option;
+    }
+    return nullptr;
+}
+
 // Steps through the words after the command's name, filling request; a usage error message
 // for the first word that doesn't fit.
 std::optional<std::string> readArguments(const Command& command, std::span<const std::string> words, Request& request)
@@ -36,13 +62,13 @@ std::optional<std::string> readArguments(const Command& command, std::span<const
         if (word.starts_with("--")) {
             const Option* option = command.option(word);
             if (option == nullptr)
-                return command.name + " has no option " + word + ". Run help " + command.name + ".";
+                return command.name + " has no option " + EchoedText::shortened(word) + ". Run help " + command.name + ".";
             if (index + 1 == words.size())
                 return option->flag + " needs " + option->placeholder + ".";
             const std::string& text = words[++index];
             std::optional<std::string> value = parseValue(option->value, text);
             if (!value)
-                return option->flag + " doesn't take " + text + ": " + option->detail;
+                return valueError(*option, text);
             request.arguments[option->key] = std::move(*value);
             continue;
         }
@@ -53,13 +79,37 @@ std::optional<std::string> readArguments(const Command& command, std::span<const
         hasPath = true;
         request.arguments["path"] = word;
     }
-    if (command.path.kind == PathArgument::Kind::required && !hasPath)
-        return command.name + " needs a path: " + usageLine(command) + ".";
-    if (command.name == "add-alert")
-        return addAlertError(request);
-    return std::nullopt;
+    return requestError(command, request);
 }
 
+}
+
+std::expected<Request, RequestError> validated(const Request& request)
+{
+    const Command* command = find(request.command);
+    if (command == nullptr)
+        return std::unexpected(RequestError { RequestError::Kind::unknownCommand,
+            "Tarnwick has no command " + EchoedText::shortened(request.command) + ". Run help for the list." });
+    auto invalid = [](std::string message) { return std::unexpected(RequestError { RequestError::Kind::invalidArguments, std::move(message) }); };
+    Request checked { command->name, {}, request.json };
+    for (const auto& [key, value] : request.arguments) {
+        if (key == "path") {
+            if (command->path.kind == PathArgument::Kind::none)
+                return invalid(command->name + " takes no path.");
+            checked.arguments[key] = value;
+            continue;
+        }
+        const Option* option = optionWithKey(*command, key);
+        if (option == nullptr)
+            return invalid(command->name + " has no option " + EchoedText::shortened(key) + ". Run help " + command->name + ".");
+        std::optional<std::string> parsed = parseValue(option->value, value);
+        if (!parsed)
+            return invalid(valueError(*option, value));
+        checked.arguments[key] = std::move(*parsed);
+    }
+    if (std::optional<std::string> error = requestError(*command, checked))
+        return invalid(std::move(*error));
+    return checked;
 }
 
 Invocation parse(std::span<const std::string> words)

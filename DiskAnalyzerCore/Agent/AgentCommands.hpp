@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <expected>
 #include <optional>
 #include <span>
 #include <string>
@@ -105,6 +106,25 @@ std::string usageLine(const Command& command);
 
 // The words after the program name. Never fails: a wrong word gives a usage error.
 Invocation parse(std::span<const std::string> words);
+
+// Why a request that arrived whole, over the socket, cannot run.
+struct RequestError {
+    enum class Kind {
+        unknownCommand,   // no command of the table has its name
+        invalidArguments, // its arguments are not what the tool's parser would have sent
+    };
+    Kind kind = Kind::invalidArguments;
+    std::string message; // in the words of the tool's usage errors
+
+    bool operator==(const RequestError&) const = default;
+};
+
+// The request as the tool's parser would have made it from typed words: a known command,
+// only its own keys, every value read by the option's kind and stored in its canonical form
+// (a size as its bytes), a path only where the command takes one, and the rules that tie
+// options together. The app checks every request this way before a handler sees it, so a
+// handler can rely on what the parser guarantees.
+std::expected<Request, RequestError> validated(const Request& request);
 
 // A value as it is stored in the request (an integer or a size as its decimal number, a choice
 // or a text as typed); absent when the word is not a value of this kind.

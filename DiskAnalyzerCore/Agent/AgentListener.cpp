@@ -43,6 +43,20 @@ namespace {
 
 using State = AgentListener::State;
 
+// A handler that throws must not take the app down with it: the request fails, the app and
+// its other connections go on.
+AgentResult guardedAnswer(const AgentListener::Handler& handler, const AgentCommands::Request& request)
+{
+    try {
+        return handler(request);
+    } catch (const std::exception& error) {
+        SystemLog::write(SystemLog::Level::error, logCategory, "a command failed: " + std::string(error.what()));
+    } catch (...) {
+        SystemLog::write(SystemLog::Level::error, logCategory, "a command failed");
+    }
+    return AgentResult::failure(AgentErrorCode::generic, "Tarnwick couldn't answer this request; the app goes on running.");
+}
+
 // Runs the command through the executor and waits for its result; absent when the listener
 // stops first.
 std::optional<AgentResult> answer(const std::shared_ptr<State>& state, const std::string& line)
@@ -57,7 +71,7 @@ std::optional<AgentResult> answer(const std::shared_ptr<State>& state, const std
             if (state->stopping)
                 return;
         }
-        AgentResult result = state->configuration.handler(request);
+        AgentResult result = guardedAnswer(state->configuration.handler, request);
         {
             std::lock_guard guard(state->mutex);
             *slot = std::move(result);
@@ -101,12 +115,19 @@ void joinFinished(State& state)
         thread.join();
 }
 
+bool isAllowed(const AgentListener::Configuration& configuration, const CodeIdentity::Signer& peer)
+{
+    if (peer == configuration.allowedPeer)
+        return true;
+    return !configuration.executablePath.empty() && CodeIdentity::ofExecutable(configuration.executablePath) == peer;
+}
+
 void acceptLoop(const std::shared_ptr<State>& state)
 {
     while (std::unique_ptr<LineConnection> accepted = state->listener->accept()) {
         joinFinished(*state);
         std::optional<CodeIdentity::Signer> peer = CodeIdentity::peer(accepted->descriptor());
-        if (!peer || *peer != state->configuration.allowedPeer) {
+        if (!peer || !isAllowed(state->configuration, *peer)) {
             SystemLog::write(SystemLog::Level::error, logCategory, "refused a connection from another program");
             continue;
         }
@@ -168,7 +189,7 @@ std::unique_ptr<AgentListener> AgentListener::startForApp(Handler handler, Execu
         SystemLog::write(SystemLog::Level::error, logCategory, "the app isn't signed; no command line");
         return nullptr;
     }
-    return start({ AgentChannel::socketPath(), *own, std::move(handler), std::move(executor) });
+    return start({ AgentChannel::socketPath(), *own, std::move(handler), std::move(executor), CodeIdentity::ownExecutablePath().value_or("") });
 }
 
 void AgentListener::stop()

@@ -34,6 +34,10 @@ public:
         CodeIdentity::Signer allowedPeer; // every other peer is refused without an answer
         Handler handler;
         Executor executor;
+        // Where the app's executable was installed when it started. The file there now is let
+        // in too: after an upgrade replaced it, the new tool still reaches the running app,
+        // which alone may hold the socket until it ends.
+        std::string executablePath;
     };
 
     // Listens at the configured path (creating its folder) and logs "listening". Null, with

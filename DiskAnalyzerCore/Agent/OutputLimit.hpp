@@ -14,6 +14,8 @@ inline constexpr std::string_view summaryTooLarge = "This summary cannot fit wit
 inline constexpr std::string_view findPathTooLong = "One matching path is too long to return within the 8 KB output limit.";
 inline constexpr std::string_view typesGroupTooLarge = "This group cannot fit within 8 KB.";
 inline constexpr std::string_view typesPathTooLong = "This path cannot fit within 8 KB.";
+// Any other answer that came out too large.
+inline constexpr std::string_view answerTooLarge = "This answer cannot fit within the 8 KB output limit.";
 
 inline std::string placesLimited(int perGroup)
 {

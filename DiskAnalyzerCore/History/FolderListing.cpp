@@ -82,7 +82,7 @@ std::string Error::message() const
 
 std::expected<std::vector<LiveEntry>, Error> list(const std::string& path, Visibility folder)
 {
-    int descriptor = DirectoryStream::open(-1, path, path);
+    int descriptor = DirectoryStream::open(-1, path.c_str(), path.c_str());
     if (descriptor < 0)
         return std::unexpected(Error { path, -descriptor });
     const OwnedDescriptor handle(descriptor); // closes it on every way out

@@ -8,7 +8,8 @@ namespace tarnwick::AppLauncher {
 inline constexpr const char* backgroundWord = "--background";
 
 // Starts executable with the single word "--background", detached from this process: in a
-// session of its own, its standard streams on /dev/null, with this environment. True when the
+// session of its own, in "/", its standard streams on /dev/null and no other descriptor of
+// this process, with this environment. True when the
 // program was started; whether it then listens is for the caller to find out.
 bool startInBackground(const std::string& executable);
 

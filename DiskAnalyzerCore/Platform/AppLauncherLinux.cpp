@@ -39,6 +39,12 @@ bool startInBackground(const std::string& executable)
     posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+    // Whatever else the caller had open (a pipe's end handed down as `7>&1 | cat`, a
+    // wrapper's descriptors) would stay open as long as the app runs and keep the caller's
+    // reader waiting for its end: the app keeps only its standard streams.
+    posix_spawn_file_actions_addclosefrom_np(&actions, 3);
+    // Nor does it keep the caller's folder busy (an unmount, a removed temporary folder).
+    posix_spawn_file_actions_addchdir_np(&actions, "/");
 
     std::string program = executable;
     std::string word = backgroundWord;

@@ -12,12 +12,12 @@ namespace tarnwick::DirectoryStream {
 // Opens a folder read-only without following links and without updating its access
 // time where the system lets us; relative to the parent's descriptor when there is one.
 // Returns the descriptor, or -errno.
-int open(int parentDescriptor, const std::string& name, const std::string& path);
+int open(int parentDescriptor, const char* name, const char* path);
 
 // Opens the folder at relativePath below an open folder, refusing a link at any step, so a
 // folder swapped for a link while a scan runs never leads outside it. Paths longer than the
 // system takes in one call are opened a stretch at a time. Returns the descriptor, or -errno.
-int openBelow(int baseDescriptor, std::string_view relativePath);
+int openBelow(int baseDescriptor, const char* relativePath);
 
 // Whether an error number says the process or the system ran out of descriptors: a
 // passing shortage, never a property of the folder.

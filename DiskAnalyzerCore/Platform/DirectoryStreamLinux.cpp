@@ -17,29 +17,29 @@ namespace {
 
 constexpr int folderFlags = O_RDONLY | O_NOFOLLOW | O_DIRECTORY | O_CLOEXEC;
 
-int openOnce(int parentDescriptor, const std::string& name, const std::string& path, int extra)
+int openOnce(int parentDescriptor, const char* name, const char* path, int extra)
 {
     if (parentDescriptor >= 0)
-        return openat(parentDescriptor, name.c_str(), folderFlags | extra);
-    return ::open(path.c_str(), folderFlags | extra);
+        return openat(parentDescriptor, name, folderFlags | extra);
+    return ::open(path, folderFlags | extra);
 }
 
 // One step of openBelow: a path the kernel takes in one call. Returns fd or -errno.
-int openStretch(int baseDescriptor, const std::string& relativePath, int flags)
+int openStretch(int baseDescriptor, const char* relativePath, int flags)
 {
     static std::atomic<bool> hasOpenat2 { true };
     if (hasOpenat2.load(std::memory_order_relaxed)) {
         open_how how {};
         how.flags = static_cast<std::uint64_t>(flags);
         how.resolve = RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
-        long descriptor = syscall(SYS_openat2, baseDescriptor, relativePath.c_str(), &how, sizeof how);
+        long descriptor = syscall(SYS_openat2, baseDescriptor, relativePath, &how, sizeof how);
         if (descriptor >= 0)
             return static_cast<int>(descriptor);
         if (errno != ENOSYS)
             return -errno;
         hasOpenat2.store(false, std::memory_order_relaxed); // an old kernel: the last step still refuses a link
     }
-    int descriptor = openat(baseDescriptor, relativePath.c_str(), flags);
+    int descriptor = openat(baseDescriptor, relativePath, flags);
     return descriptor >= 0 ? descriptor : -errno;
 }
 
@@ -87,7 +87,7 @@ EntryFacts factsFrom(const struct statx& info)
 
 }
 
-int open(int parentDescriptor, const std::string& name, const std::string& path)
+int open(int parentDescriptor, const char* name, const char* path)
 {
     // O_NOATIME is refused for folders we do not own; reading them still must work.
     int descriptor = openOnce(parentDescriptor, name, path, O_NOATIME);
@@ -96,29 +96,31 @@ int open(int parentDescriptor, const std::string& name, const std::string& path)
     return descriptor >= 0 ? descriptor : -errno;
 }
 
-int openBelow(int baseDescriptor, std::string_view relativePath)
+int openBelow(int baseDescriptor, const char* relativePath)
 {
     // Each call takes less than PATH_MAX bytes: cut at a separator, open that stretch as a
     // bare reference, and go on from it.
     constexpr std::size_t stretch = PATH_MAX - 256;
+    std::string_view rest = relativePath;
     int base = baseDescriptor;
     int owned = -1;
-    while (relativePath.size() >= stretch) {
-        std::size_t cut = relativePath.rfind('/', stretch);
+    while (rest.size() >= stretch) {
+        std::size_t cut = rest.rfind('/', stretch);
         if (cut == std::string_view::npos || cut == 0) {
             if (owned >= 0)
                 close(owned);
             return -ENAMETOOLONG;
         }
-        int next = openStretch(base, std::string(relativePath.substr(0, cut)), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        int next = openStretch(base, std::string(rest.substr(0, cut)).c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
         if (owned >= 0)
             close(owned);
         if (next < 0)
             return next;
         base = owned = next;
-        relativePath.remove_prefix(cut + 1);
+        rest.remove_prefix(cut + 1);
     }
-    std::string last(relativePath);
+    // What is left is the end of relativePath, so it ends with its terminating zero.
+    const char* last = rest.data();
     int descriptor = openStretch(base, last, folderFlags | O_NOATIME);
     if (descriptor == -EPERM)
         descriptor = openStretch(base, last, folderFlags);

@@ -3,6 +3,7 @@
 #include "Platform/ScanPriority.hpp"
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace tarnwick::ProcessResources {
@@ -15,6 +16,10 @@ int raiseOpenFileLimit();
 void prepareScanThread(std::string_view name, ScanPriority priority);
 // User plus system processor time of the whole process so far.
 double processorSeconds();
+// The time every thread of the process has spent running or ready to run (waiting for a
+// processor), so far; absent where the system keeps no such account. What remains of the
+// threads' time was spent blocked, mostly on the disk.
+std::optional<double> runnableSeconds();
 // The largest resident memory the process has had, in bytes.
 std::int64_t peakResidentBytes();
 

@@ -1,6 +1,8 @@
 #include "Platform/ProcessResources.hpp"
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <pthread.h>
 #include <string>
 #include <sys/resource.h>
@@ -50,6 +52,23 @@ double processorSeconds()
         return 0;
     auto seconds = [](const timeval& t) { return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) / 1e6; };
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+std::optional<double> runnableSeconds()
+{
+    std::error_code error;
+    std::filesystem::directory_iterator tasks("/proc/self/task", error);
+    if (error)
+        return std::nullopt;
+    double total = 0;
+    for (const auto& task : tasks) {
+        std::ifstream stat(task.path() / "schedstat");
+        unsigned long long running = 0, waiting = 0;
+        if (!(stat >> running >> waiting))
+            continue; // a thread that just ended
+        total += static_cast<double>(running + waiting) / 1e9;
+    }
+    return total;
 }
 
 std::int64_t peakResidentBytes()

@@ -59,7 +59,7 @@ public:
     {
         auto startedAt = Clock::now();
         m_nextPreview = startedAt + std::chrono::seconds(1);
-        m_lastMeasurement = { startedAt, ProcessResources::processorSeconds(), 0 };
+        m_lastMeasurement = { startedAt, ProcessResources::processorSeconds(), 0, ProcessResources::runnableSeconds() };
         while (!m_pending.empty()) {
             std::vector<DirectoryListing> listings = m_scanner.m_listings.takeAll(std::chrono::milliseconds(500));
             for (DirectoryListing& listing : listings)
@@ -162,7 +162,10 @@ private:
         measurement.itemsPerSecond = static_cast<double>(m_builder.count() - m_lastMeasurement.items) / elapsed;
         measurement.load = (processor - m_lastMeasurement.processor) / (elapsed * m_tuner.current());
         measurement.waitingFolders = m_scanner.m_directories.waitingCount();
-        m_lastMeasurement = { now, processor, m_builder.count() };
+        std::optional<double> runnable = ProcessResources::runnableSeconds();
+        if (runnable && m_lastMeasurement.runnable && *runnable >= *m_lastMeasurement.runnable)
+            measurement.runnable = (*runnable - *m_lastMeasurement.runnable) / (elapsed * (m_tuner.current() + 1)); // and the collector
+        m_lastMeasurement = { now, processor, m_builder.count(), runnable };
         if (auto target = m_tuner.decide(measurement))
             m_scanner.setWorkerTarget(*target);
     }
@@ -171,6 +174,7 @@ private:
         Clock::time_point at;
         double processor = 0;
         std::int32_t items = 0;
+        std::optional<double> runnable;
     };
 
     FileScanner& m_scanner;
@@ -273,7 +277,7 @@ ScanOutcome FileScanner::scan()
     m_budget = std::make_unique<DescriptorBudget>(DescriptorBudget::forProcess(softLimit, workers));
     ProcessResources::prepareScanThread("Tarnwick scan", m_options.priority);
 
-    int descriptor = DirectoryStream::open(-1, m_options.root, m_options.root);
+    int descriptor = DirectoryStream::open(-1, m_options.root.c_str(), m_options.root.c_str());
     // Every folder of the scan is opened below the root, which stays open until the end.
     const OwnedDescriptor root(descriptor);
     m_rootDescriptor = descriptor;

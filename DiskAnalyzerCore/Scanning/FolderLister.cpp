@@ -67,18 +67,17 @@ ListedEntry FolderLister::entryFrom(const DirectoryStream::EntryFacts& facts)
 
 int FolderLister::open(const DirectoryTask& task) const
 {
-    std::string name;
-    std::string_view relative = ".";
-    if (task.parent)
-        name = task.path.substr(task.path.rfind('/') + 1);
-    else if (task.path != m_root.path)
-        relative = std::string_view(task.path).substr(m_root.path == "/" ? 1 : m_root.path.size() + 1);
+    // The name and the path below the root are ends of the task's path, zero-terminated.
+    const char* name = task.path.c_str() + task.path.rfind('/') + 1;
+    const char* relative = ".";
+    if (task.path != m_root.path)
+        relative = task.path.c_str() + (m_root.path == "/" ? 1 : m_root.path.size() + 1);
     using namespace std::chrono_literals;
     constexpr auto longestWait = 60s;
     auto waited = 0ms;
     auto pause = 1ms;
     for (;;) {
-        int descriptor = task.parent ? DirectoryStream::open(task.parent->descriptor(), name, task.path)
+        int descriptor = task.parent ? DirectoryStream::open(task.parent->descriptor(), name, task.path.c_str())
                                      : DirectoryStream::openBelow(m_root.descriptor, relative);
         if (descriptor >= 0 || !DirectoryStream::isDescriptorShortage(-descriptor) || waited >= longestWait || m_callbacks.isStopped())
             return descriptor;

@@ -25,6 +25,12 @@ public:
             std::atomic<Notifier*>* notifierSlot = nullptr;
             std::unique_ptr<MainWindow> window;
             std::unique_ptr<TrayItem> tray; // after the window, so it goes first
+            void bringToFront() override
+            {
+                window->showNormal();
+                window->raise();
+                window->activateWindow();
+            }
             ~OpenWindow() override
             {
                 // The alert watch may still ask for the tray from its own thread.

@@ -14,6 +14,12 @@ namespace tarnwick {
 
 namespace {
 
+constexpr int sizeWidth = 84;
+constexpr int shareWidth = 104;
+constexpr int kindWidth = 96;
+constexpr int statusWidth = 110;
+constexpr int minimumNameWidth = 150;
+
 // Keeps the rest row last whichever way the table is sorted.
 class RestLastProxy : public QSortFilterProxyModel {
 public:
@@ -122,10 +128,10 @@ ListPane::ListPane(QWidget* parent)
     m_table->horizontalHeader()->setSectionResizeMode(FolderListModel::share, QHeaderView::Fixed);
     m_table->horizontalHeader()->setSectionResizeMode(FolderListModel::kind, QHeaderView::Interactive);
     m_table->horizontalHeader()->setSectionResizeMode(FolderListModel::status, QHeaderView::Interactive);
-    m_table->setColumnWidth(FolderListModel::size, 84);
-    m_table->setColumnWidth(FolderListModel::share, 120);
-    m_table->setColumnWidth(FolderListModel::kind, 110);
-    m_table->setColumnWidth(FolderListModel::status, 90);
+    m_table->setColumnWidth(FolderListModel::size, sizeWidth);
+    m_table->setColumnWidth(FolderListModel::share, shareWidth);
+    m_table->setColumnWidth(FolderListModel::kind, kindWidth);
+    m_table->setColumnWidth(FolderListModel::status, statusWidth);
     m_table->setItemDelegateForColumn(FolderListModel::name, new NameDelegate(m_table));
     m_table->setItemDelegateForColumn(FolderListModel::share, new ShareDelegate(m_table));
     m_table->setFrameShape(QFrame::NoFrame);
@@ -137,6 +143,13 @@ ListPane::ListPane(QWidget* parent)
     connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this, &ListPane::selectionChanged);
     connect(m_table, &QTableView::activated, this, &ListPane::activated);
     connect(m_table, &QTableView::doubleClicked, this, &ListPane::activated);
+    m_table->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_table, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) {
+        QModelIndex index = m_table->indexAt(at);
+        int node = index.isValid() ? index.data(FolderListModel::nodeRole).toInt() : -1;
+        if (node >= 0 && m_interactive)
+            Q_EMIT itemMenuRequested(NodeID { node }, m_table->viewport()->mapToGlobal(at));
+    });
 }
 
 void ListPane::showFolder(std::shared_ptr<const ScanTree> tree, NodeID folder)
@@ -147,6 +160,27 @@ void ListPane::showFolder(std::shared_ptr<const ScanTree> tree, NodeID folder)
     m_folder = folder;
     m_model->setFolder(std::move(tree), folder);
     m_applying = false;
+    fitColumns();
+}
+
+void ListPane::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    fitColumns();
+}
+
+void ListPane::fitColumns()
+{
+    bool anyStatus = false;
+    for (int row = 0; row < m_model->rowCount() && !anyStatus; ++row)
+        anyStatus = !m_model->index(row, FolderListModel::status).data().toString().isEmpty();
+    int width = m_table->viewport()->width();
+    int others = sizeWidth + shareWidth;
+    bool showKind = width - others - kindWidth >= minimumNameWidth;
+    others += showKind ? kindWidth : 0;
+    bool showStatus = anyStatus && width - others - statusWidth >= minimumNameWidth;
+    m_table->setColumnHidden(FolderListModel::kind, !showKind);
+    m_table->setColumnHidden(FolderListModel::status, !showStatus);
 }
 
 void ListPane::setColors(std::shared_ptr<const ColorMap> colors)

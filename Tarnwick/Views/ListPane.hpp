@@ -41,10 +41,18 @@ public:
 Q_SIGNALS:
     void nodeSelected(std::optional<tarnwick::NodeID> node);
     void folderOpened(tarnwick::NodeID folder);
+    // A right click on an item's row, at a point of the screen.
+    void itemMenuRequested(tarnwick::NodeID node, const QPoint& at);
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void selectionChanged();
     void activated(const QModelIndex& index);
+    // Names come first: the other columns take what they need and are left out, the least
+    // telling first, when the pane is too narrow to show a name beside them.
+    void fitColumns();
 
     FolderListModel* m_model;
     QSortFilterProxyModel* m_sorted;

@@ -1,15 +1,20 @@
 #include "MainWindow.hpp"
 
+#include "FindBar.hpp"
+#include "ItemMenu.hpp"
+
 #include "AppCommands.hpp"
 #include "AppModel.hpp"
 #include "Breadcrumb.hpp"
 #include "ChangesPane.hpp"
 #include "ColorMapStore.hpp"
 #include "Favorites.hpp"
+#include "FindBar.hpp"
 #include "FreeSpaceDialog.hpp"
 #include "History/HistoryStore.hpp"
 #include "History/ScanRecorder.hpp"
 #include "InspectorView.hpp"
+#include "ItemMenu.hpp"
 #include "ListPane.hpp"
 #include "MapLegend.hpp"
 #include "OffThread.hpp"
@@ -28,11 +33,17 @@
 #include "ViewTexts.hpp"
 
 #include <QAction>
+#include <QApplication>
+#include <QClipboard>
 #include <QComboBox>
 #include <QFileDialog>
+#include <QGuiApplication>
 #include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
@@ -88,14 +99,20 @@ MainWindow::MainWindow(AppModel& model, Environment environment, QWidget* parent
     , m_inspector(new InspectorView())
     , m_breadcrumb(new Breadcrumb())
     , m_colorModes(new QComboBox())
+    , m_find(new FindBar())
     , m_status(new QLabel())
     , m_changes(new ChangesPane(m_environment.historyFolder))
     , m_listOrChanges(new QStackedWidget())
     , m_unreadable(new QPushButton())
 {
     setWindowTitle(ViewTexts::appName);
-    resize(1280, 800);
+    // 1280 x 800 where the screen has room, else what it has.
+    QSize size(1280, 800);
+    if (const QScreen* screen = QGuiApplication::primaryScreen())
+        size = size.boundedTo(screen->availableSize());
+    resize(size);
     buildToolbar();
+    buildMenus();
 
     m_pages->addWidget(m_start);
     m_pages->addWidget(buildWorkspace());
@@ -131,6 +148,9 @@ MainWindow::MainWindow(AppModel& model, Environment environment, QWidget* parent
     connect(m_list, &ListPane::nodeSelected, this, [this](std::optional<NodeID> node) { m_model.select(node); });
     connect(m_list, &ListPane::folderOpened, this, [this](NodeID folder) { m_model.open(folder); });
     connect(m_breadcrumb, &Breadcrumb::folderChosen, this, [this](NodeID folder) { m_model.open(folder); });
+    connect(m_map, &SunburstView::itemMenuRequested, this, &MainWindow::showItemMenu);
+    connect(m_list, &ListPane::itemMenuRequested, this, &MainWindow::showItemMenu);
+    connect(m_find, &FindBar::itemChosen, this, &MainWindow::reveal);
     connect(m_colors, &ColorMapStore::ready, this, &MainWindow::refresh);
     connect(m_sidebar, &SourceSidebar::freeSpaceRequested, this, &MainWindow::openFreeSpace);
     connect(m_unreadable, &QPushButton::clicked, this, &MainWindow::openUnreadable);
@@ -184,7 +204,8 @@ void MainWindow::buildToolbar()
     bar->addWidget(m_breadcrumb);
     m_breadcrumb->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
 
-    auto* label = new QLabel(ViewTexts::colorBy + QStringLiteral(" "));
+    bar->addWidget(m_find);
+    auto* label = new QLabel(QStringLiteral("  ") + ViewTexts::colorBy + QStringLiteral(" "));
     label->setStyleSheet("color: #6B7280;");
     bar->addWidget(label);
     m_colorModes->setObjectName("colorMode");
@@ -206,6 +227,72 @@ void MainWindow::buildToolbar()
     m_showChanges->setCheckable(true);
     bar->addAction(ToolbarIcons::settings(), ViewTexts::settings, this, [this] { openSettings(); });
     bar->setToolButtonStyle(Qt::ToolButtonIconOnly);
+}
+
+void MainWindow::buildMenus()
+{
+    QMenu* file = menuBar()->addMenu(ViewTexts::fileMenu);
+    file->addAction(ViewTexts::chooseFolder, QKeySequence::Open, this, &MainWindow::chooseFolder);
+    file->addAction(m_rescan);
+    file->addAction(m_stop);
+    file->addSeparator();
+    file->addAction(ViewTexts::closeWindow, QKeySequence::Close, this, &QWidget::close);
+    file->addAction(ViewTexts::quit, QKeySequence::Quit, qApp, &QCoreApplication::quit);
+
+    QMenu* edit = menuBar()->addMenu(ViewTexts::editMenu);
+    edit->addAction(ViewTexts::copyPath, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C), this, [this] {
+        const auto& result = m_model.result();
+        if (result && !m_model.runningScan())
+            QGuiApplication::clipboard()->setText(QString::fromStdString(result->tree->path(m_model.selection().value_or(m_model.openFolder()))));
+    });
+    edit->addAction(ViewTexts::find, QKeySequence::Find, this, [this] {
+        m_find->setFocus(Qt::ShortcutFocusReason);
+        m_find->selectAll();
+    });
+    edit->addSeparator();
+    edit->addAction(ViewTexts::settings, QKeySequence::Preferences, this, [this] { openSettings(); });
+
+    QMenu* view = menuBar()->addMenu(ViewTexts::viewMenu);
+    view->addAction(m_back);
+    view->addAction(m_forward);
+    m_up->setShortcuts({ QKeySequence(Qt::ALT | Qt::Key_Up), QKeySequence(Qt::Key_Backspace) });
+    view->addAction(m_up);
+    view->addAction(m_showChanges);
+    QMenu* colors = view->addMenu(ViewTexts::colorMenu);
+    int number = 0;
+    for (ColorMode mode : allColorModes) {
+        std::string_view title = ColorModes::title(mode);
+        QAction* action = colors->addAction(QString::fromUtf8(title.data(), static_cast<qsizetype>(title.size())), this,
+            [this, mode] { m_model.setColorMode(mode); });
+        action->setShortcut(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + number++)));
+    }
+}
+
+void MainWindow::showItemMenu(NodeID node, const QPoint& at)
+{
+    const auto& result = m_model.result();
+    if (!result || m_model.runningScan() || node.value < 0 || node.value >= result->tree->count())
+        return;
+    ItemMenu::Actions actions;
+    actions.open = [this](NodeID folder) { m_model.open(folder); };
+    actions.select = [this](NodeID item) { reveal(item); };
+    actions.goUp = [this](NodeID item) {
+        const auto& current = m_model.result();
+        if (current)
+            if (auto parent = current->tree->parent(item); parent && current->tree->parent(*parent))
+                reveal(*parent);
+    };
+    ItemMenu::make(this, result->tree, node, std::move(actions))->popup(at);
+}
+
+void MainWindow::reveal(NodeID node)
+{
+    const auto& result = m_model.result();
+    if (!result || m_model.runningScan())
+        return;
+    if (std::optional<NodeID> parent = result->tree->parent(node))
+        m_model.open(*parent);
+    m_model.select(node);
 }
 
 QWidget* MainWindow::buildWorkspace()
@@ -446,6 +533,7 @@ void MainWindow::updateLegend(const std::shared_ptr<const ColorMap>& colors, Nod
 
 void MainWindow::updateNavigation(const std::shared_ptr<const ScanTree>& tree, NodeID open)
 {
+    m_find->setScope(tree, open);
     if (tree != m_navigationTree) {
         m_navigationTree = tree;
         m_backStack.clear();

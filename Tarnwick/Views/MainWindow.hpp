@@ -25,6 +25,7 @@ class DailyScans;
 class ColorMap;
 class ColorMapStore;
 class Favorites;
+class FindBar;
 class InspectorView;
 class ListPane;
 class MapLegend;
@@ -62,6 +63,7 @@ public:
     [[nodiscard]] SourceSidebar* sidebar() const { return m_sidebar; }
     [[nodiscard]] Breadcrumb* breadcrumb() const { return m_breadcrumb; }
     [[nodiscard]] QComboBox* colorModes() const { return m_colorModes; }
+    [[nodiscard]] FindBar* findBar() const { return m_find; }
     [[nodiscard]] QStackedWidget* pages() const { return m_pages; }
     [[nodiscard]] StartView* startView() const { return m_start; }
     [[nodiscard]] ChangesPane* changes() const { return m_changes; }
@@ -85,6 +87,11 @@ Q_SIGNALS:
 
 private:
     void buildToolbar();
+    void buildMenus();
+    // The menu of one item of the map or the list, at a point of the screen.
+    void showItemMenu(NodeID node, const QPoint& at);
+    // Opens the folder that holds node and selects it there.
+    void reveal(NodeID node);
     QWidget* buildWorkspace();
     void refresh();
     void showResult();
@@ -117,6 +124,7 @@ private:
     InspectorView* m_inspector;
     Breadcrumb* m_breadcrumb;
     QComboBox* m_colorModes;
+    FindBar* m_find;
     QLabel* m_status;
     QAction* m_back;
     QAction* m_forward;

@@ -123,22 +123,34 @@ void drawCenter(QPainter& painter, const SunburstGeometry& geometry, const QFont
     painter.drawEllipse(center, radius, radius);
 
     double room = radius * 1.6;
-    QFont titleFont = font;
-    titleFont.setBold(true);
+    // A size never loses its unit: its font shrinks until it fits. A title wraps onto a
+    // second line before it shrinks, and is shortened only when even that is not enough.
     QFont detailFont = font;
     detailFont.setPointSizeF(detailFont.pointSizeF() * 1.5);
     detailFont.setWeight(QFont::DemiBold);
+    while (QFontMetricsF(detailFont).horizontalAdvance(detail) > room && detailFont.pointSizeF() > 6)
+        detailFont.setPointSizeF(detailFont.pointSizeF() - 0.5);
+    QFont titleFont = font;
+    titleFont.setBold(true);
+    constexpr int titleFlags = Qt::AlignHCenter | Qt::AlignBottom | Qt::TextWordWrap;
+    auto titleBox = [&] { return QFontMetricsF(titleFont).boundingRect(QRectF(0, 0, room, 1000), titleFlags, title); };
+    while ((titleBox().height() > 2.2 * QFontMetricsF(titleFont).height() || titleBox().width() > room) && titleFont.pointSizeF() > 6)
+        titleFont.setPointSizeF(titleFont.pointSizeF() - 0.5);
     QFontMetricsF titleMetrics(titleFont);
     QFontMetricsF detailMetrics(detailFont);
-    double top = center.y() - (titleMetrics.height() + detailMetrics.height()) / 2;
+    QString shownTitle = title;
+    double titleHeight = std::min(titleBox().height(), 2 * titleMetrics.height());
+    if (titleBox().height() > 2.2 * titleMetrics.height() || titleBox().width() > room) {
+        shownTitle = titleMetrics.elidedText(title, Qt::ElideMiddle, room);
+        titleHeight = titleMetrics.height();
+    }
+    double top = center.y() - (titleHeight + detailMetrics.height()) / 2;
     painter.setPen(QColor(0x4B, 0x55, 0x63));
     painter.setFont(titleFont);
-    painter.drawText(QRectF(center.x() - room / 2, top, room, titleMetrics.height()), Qt::AlignCenter,
-        titleMetrics.elidedText(title, Qt::ElideMiddle, room));
+    painter.drawText(QRectF(center.x() - room / 2, top, room, titleHeight), titleFlags, shownTitle);
     painter.setPen(QColor(0x11, 0x18, 0x27));
     painter.setFont(detailFont);
-    painter.drawText(QRectF(center.x() - room / 2, top + titleMetrics.height(), room, detailMetrics.height()), Qt::AlignCenter,
-        detailMetrics.elidedText(detail, Qt::ElideRight, room));
+    painter.drawText(QRectF(center.x() - room / 2, top + titleHeight, room, detailMetrics.height()), Qt::AlignCenter, detail);
 }
 
 }

@@ -7,7 +7,9 @@
 #include "ViewFormat.hpp"
 #include "ViewTexts.hpp"
 
+#include <QContextMenuEvent>
 #include <QHelpEvent>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QTimer>
@@ -31,6 +33,8 @@ SunburstView::SunburstView(QWidget* parent)
     , m_banner(new ScanBanner(this))
 {
     setMouseTracking(true);
+    // Clicked or tabbed to, the map takes the keyboard, so keys meant for it stay with it.
+    setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(320, 320);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     setObjectName("sunburst");
@@ -430,6 +434,25 @@ void SunburstView::mouseReleaseEvent(QMouseEvent* event)
         Q_EMIT folderOpened(*node);
     else
         Q_EMIT nodeSelected(*node);
+}
+
+void SunburstView::contextMenuEvent(QContextMenuEvent* event)
+{
+    std::optional<SunburstSector> sector = sectorAt(event->pos());
+    if (sector && sector->node())
+        Q_EMIT itemMenuRequested(*sector->node(), event->globalPos());
+    else if (m_tree && !m_progress)
+        Q_EMIT itemMenuRequested(m_root, event->globalPos());
+}
+
+void SunburstView::keyPressEvent(QKeyEvent* event)
+{
+    // Escape stops a running scan; going up and back are the window's shortcuts.
+    if (event->key() == Qt::Key_Escape && m_progress) {
+        Q_EMIT stopRequested();
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }
 
 bool SunburstView::event(QEvent* event)

@@ -90,12 +90,16 @@ Q_SIGNALS:
     void stopRequested();
     // A new preview of the running scan is on the map.
     void previewShown();
+    // A right click on an item's sector, at a point of the screen.
+    void itemMenuRequested(tarnwick::NodeID node, const QPoint& at);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void leaveEvent(QEvent* event) override;
     bool event(QEvent* event) override;
 

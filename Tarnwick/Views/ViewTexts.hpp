@@ -84,6 +84,30 @@ inline QString hiddenOf(const QString& percent, const QString& name)
     return QStringLiteral("%1 of %2 is hidden from view").arg(percent, name);
 }
 
+// Item menu and finding.
+inline const QString openOnMap = QStringLiteral("Open on the Map");
+inline const QString showInInspector = QStringLiteral("Show in the Inspector");
+inline const QString openEnclosingFolder = QStringLiteral("Open the Folder That Holds It");
+inline const QString showInFileManager = QStringLiteral("Show in the File Manager");
+inline const QString copyPath = QStringLiteral("Copy Path");
+inline const QString findPlaceholder = QStringLiteral("Find by name (Ctrl+F)");
+inline const QString findNothingOpen = QStringLiteral("Nothing is open to search.");
+inline const QString findInvalid = QStringLiteral("The name pattern isn't valid.");
+inline QString findCount(std::int64_t count, const QString& size)
+{
+    if (count == 0)
+        return QStringLiteral("No item here matches.");
+    return count == 1 ? QStringLiteral("1 item matches, %1.").arg(size) : QStringLiteral("%1 items match, %2 in all.").arg(count).arg(size);
+}
+
+// Menus.
+inline const QString fileMenu = QStringLiteral("&File");
+inline const QString editMenu = QStringLiteral("&Edit");
+inline const QString viewMenu = QStringLiteral("&View");
+inline const QString colorMenu = QStringLiteral("&Color By");
+inline const QString closeWindow = QStringLiteral("&Close Window");
+inline const QString find = QStringLiteral("&Find…");
+
 // List.
 inline const QString nameColumn = QStringLiteral("Name");
 inline const QString sizeColumn = QStringLiteral("Size");

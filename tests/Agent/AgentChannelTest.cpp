@@ -6,8 +6,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
+#include <fcntl.h>
 #include <fstream>
+#include <mutex>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -35,7 +38,7 @@ struct Starts {
 
 AgentChannel::RunSetup setupWith(std::function<bool(const std::string&)> startApp)
 {
-    return { AgentChannel::socketPath(), "/usr/bin/tarnwick", std::move(startApp), fromSnapshots,
+    return { AgentChannel::socketPath(), AgentChannel::startLockPath(), "/usr/bin/tarnwick", std::move(startApp), fromSnapshots,
         AgentChannel::Retry { 10, std::chrono::milliseconds(20) } };
 }
 
@@ -90,6 +93,41 @@ TEST(AgentChannel, ScanCommandsStartTheAppAndRetry)
     EXPECT_EQ(startedExecutable, "/usr/bin/tarnwick");
 }
 
+TEST(AgentChannel, ToolsRunAtOnceStartOneApp)
+{
+    fixtures::DataHome home;
+    std::mutex mutex;
+    std::unique_ptr<AgentListener> app;
+    std::thread launching;
+    int starts = 0;
+    // Each start comes up a while later, as a real app does; a second one would take the
+    // socket over and count again.
+    auto setup = setupWith([&](const std::string&) {
+        std::lock_guard guard(mutex);
+        ++starts;
+        launching = std::thread([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));
+            std::lock_guard guard(mutex);
+            app = startApp();
+        });
+        return true;
+    });
+    setup.retry = { 75, std::chrono::milliseconds(50) };
+    std::vector<std::thread> tools;
+    std::atomic<int> answered = 0;
+    for (int i = 0; i < 12; ++i) {
+        tools.emplace_back([&] {
+            if (AgentChannel::run(Request { "summary", {}, false }, setup) == fromApp(Request { "summary", {}, false }))
+                ++answered;
+        });
+    }
+    for (std::thread& tool : tools)
+        tool.join();
+    launching.join();
+    EXPECT_EQ(starts, 1);
+    EXPECT_EQ(answered, 12);
+}
+
 TEST(AgentChannel, AppThatDoesNotStartOrAnswerGivesAppNotRunning)
 {
     fixtures::DataHome home;
@@ -115,32 +153,45 @@ TEST(AppLauncher, StartsDetachedWithTheBackgroundWord)
     {
         std::ofstream file(script);
         // Writes its first word, its session and own process number, where its output goes,
-        // and the environment it got.
+        // the environment it got, its folder and its open descriptors.
         file << "#!/bin/sh\n"
                 "output=$(readlink /proc/$$/fd/1)\n"
-                "{ echo \"$1\"; echo \"$(cut -d' ' -f6 /proc/$$/stat) $$\"; echo \"$output\"; echo \"$TARNWICK_MARK\"; }"
-                " > \"$0.tmp\"\n"
+                "descriptors=$(ls /proc/$$/fd | sort -n | tr '\\n' ' ')\n"
+                "{ echo \"$1\"; echo \"$(cut -d' ' -f6 /proc/$$/stat) $$\"; echo \"$output\"; echo \"$TARNWICK_MARK\"; pwd;"
+                " echo \"$descriptors\"; } > \"$0.tmp\"\n"
                 "mv \"$0.tmp\" \"" << marker << "\"\n";
     }
     ASSERT_EQ(chmod(script.c_str(), 0755), 0);
     setenv("TARNWICK_MARK", "inherited", 1);
+    // A descriptor the caller lets its children inherit, as a shell's `7>&1` does.
+    // A number of its own, apart from those the script's shell opens for itself.
+    int opened = open("/dev/null", O_RDONLY);
+    int inherited = fcntl(opened, F_DUPFD, 57);
+    close(opened);
+    ASSERT_GE(inherited, 57);
     ASSERT_TRUE(AppLauncher::startInBackground(script));
+    close(inherited);
     unsetenv("TARNWICK_MARK");
 
     for (int wait = 0; wait < 500 && access(marker.c_str(), F_OK) != 0; ++wait)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     std::ifstream file(marker);
-    std::string word, session, process, output, mark;
+    std::string word, session, process, output, mark, folderName, descriptors;
     std::getline(file, word);
     file >> session >> process;
     file.ignore();
     std::getline(file, output);
     std::getline(file, mark);
+    std::getline(file, folderName);
+    std::getline(file, descriptors);
     EXPECT_EQ(word, "--background");
     EXPECT_FALSE(session.empty());
     EXPECT_EQ(session, process); // a session of its own
     EXPECT_EQ(output, "/dev/null");
     EXPECT_EQ(mark, "inherited");
+    EXPECT_EQ(folderName, "/");
+    EXPECT_EQ(descriptors.substr(0, 6), "0 1 2 ") << descriptors;
+    EXPECT_EQ(descriptors.find(" " + std::to_string(inherited) + " "), std::string::npos) << descriptors;
 
     EXPECT_FALSE(AppLauncher::startInBackground(folder / "missing"));
 }

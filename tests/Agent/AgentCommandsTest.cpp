@@ -221,3 +221,37 @@ TEST(AgentCommands, StartMode)
     for (const auto& [line, mode] : cases)
         EXPECT_EQ(startMode(split(line)), mode) << line;
 }
+
+TEST(AgentCommands, RequestsFromTheSocketAreCheckedAndStoredAsTheParserWould)
+{
+    const std::pair<Request, std::map<std::string, std::string>> accepted[] {
+        { { "summary", { { "limit", "007" } }, false }, { { "limit", "7" } } },
+        { { "find", { { "min_size", "2G" }, { "kind", "any" } }, false }, { { "min_size", "2000000000" }, { "kind", "any" } } },
+        { { "add-alert", { { "path", "/" }, { "grows_by", "1.5T" }, { "period", "week" } }, false },
+            { { "path", "/" }, { "grows_by", "1500000000000" }, { "period", "week" } } },
+        { { "history", { { "path", "" } }, false }, { { "path", "" } } },
+    };
+    for (const auto& [request, arguments] : accepted) {
+        auto checked = validated(request);
+        ASSERT_TRUE(checked.has_value()) << request.command << ": " << checked.error().message;
+        EXPECT_EQ(checked->arguments, arguments) << request.command;
+    }
+    const std::pair<Request, std::string> refused[] {
+        { { "types", { { "color", "Owner" } }, false }, "--by doesn't take Owner: " },
+        { { "changes", { { "period", "week" }, { "path", "/" }, { "limit", "51" } }, false }, "--limit doesn't take 51: " },
+        { { "add-alert", { { "path", "/" }, { "larger_than", "5G" }, { "period", "week" } }, false }, "--period goes with --grows-by." },
+        { { "history", {}, false }, "history needs a path: history PATH." },
+        { { "rescan", { { "path", "/" } }, false }, "rescan takes no path." },
+        { { "find", { { "--min-size", "1G" } }, false }, "find has no option --min-size. Run help find." },
+    };
+    for (const auto& [request, message] : refused) {
+        auto checked = validated(request);
+        ASSERT_FALSE(checked.has_value()) << request.command;
+        EXPECT_EQ(checked.error().kind, RequestError::Kind::invalidArguments);
+        EXPECT_TRUE(checked.error().message.starts_with(message)) << checked.error().message;
+    }
+    EXPECT_EQ(validated({ "help", {}, false }).error().kind, RequestError::Kind::unknownCommand);
+    // A value far longer than an answer may be is not repeated whole.
+    auto huge = validated({ "summary", { { "limit", std::string(100'000, '9') } }, false });
+    EXPECT_LT(huge.error().message.size(), 2'000u);
+}

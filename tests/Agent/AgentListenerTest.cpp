@@ -255,3 +255,23 @@ TEST(AgentListener, StoppingDoesNotWaitForAMainExecutorThatNeverRuns)
         task();
     EXPECT_EQ(calls, 0);
 }
+
+TEST(AgentListener, AHandlerThatThrowsFailsOnlyItsRequest)
+{
+    fixtures::DataHome home;
+    auto listener = AgentListener::start(ownConfiguration([](const Request& request) -> AgentResult {
+        if (request.command == "find")
+            throw std::invalid_argument("stoll");
+        return echo(request);
+    }));
+    ASSERT_NE(listener, nullptr);
+    auto connection = LineConnection::connect(AgentChannel::socketPath());
+    ASSERT_NE(connection, nullptr);
+    ASSERT_TRUE(connection->writeLine(Request { "find", {}, false }.encoded()));
+    auto failed = AgentResult::decoded(*connection->readLine());
+    ASSERT_TRUE(failed.has_value());
+    EXPECT_EQ(failed->errorCode(), "ERROR");
+    // The same connection, and the app, go on.
+    ASSERT_TRUE(connection->writeLine(Request { "status", {}, false }.encoded()));
+    EXPECT_EQ(AgentResult::decoded(*connection->readLine())->text, "ran status");
+}

@@ -40,30 +40,30 @@ TEST(IssueKinds, ErrorObjectsFollowTheUnderlyingChain)
     }
 }
 
-TEST(AdaptiveWorkers, TrialsAreKeptOnlyWhenFaster)
+TEST(AdaptiveWorkers, AllWorkersWhileTheyWaitForTheDiskFewerWhenTheProcessorsAreOverloaded)
 {
-    AdaptiveWorkers tuner;
-    // Idle processor and plenty waiting: try 8.
-    EXPECT_EQ(tuner.decide({ 1000, 0.2, 100 }), 8);
-    // Not 15 % faster: back to 4, and frozen from then on.
-    EXPECT_EQ(tuner.decide({ 1100, 0.2, 100 }), 4);
-    EXPECT_EQ(tuner.decide({ 1000, 0.2, 100 }), std::nullopt);
+    using M = AdaptiveWorkers::Measurement;
+    // Four workers blocked four fifths of the time: the disk is the limit.
+    AdaptiveWorkers cold;
+    EXPECT_EQ(cold.decide(M { 90000, 0.2, 100, 0.2 }), AdaptiveWorkers::maximum);
+    EXPECT_EQ(cold.decide(M { 60000, 0.07, 100, 0.1 }), std::nullopt); // a slower second changes nothing
+    // Once the cache is warm the processors are the limit: halved, and that is final.
+    EXPECT_EQ(cold.decide(M { 900000, 0.95, 100, 1.0 }), 8);
+    EXPECT_EQ(cold.decide(M { 900000, 0.05, 100, 0.05 }), std::nullopt);
 
-    AdaptiveWorkers growing;
-    EXPECT_EQ(growing.decide({ 1000, 0.2, 100 }), 8);
-    EXPECT_EQ(growing.decide({ 1150, 0.2, 100 }), std::nullopt); // kept
-    EXPECT_EQ(growing.decide({ 1150, 0.2, 100 }), 16);
-    EXPECT_EQ(growing.decide({ 2000, 0.2, 100 }), std::nullopt);
-    EXPECT_EQ(growing.decide({ 2000, 0.2, 100 }), std::nullopt); // at the maximum
+    // A warm scan on a busy machine: little processor time, but the workers are ready to run,
+    // not waiting for the disk. More of them would only crowd the processors.
+    AdaptiveWorkers crowded;
+    EXPECT_EQ(crowded.decide(M { 300000, 0.2, 100, 0.98 }), std::nullopt);
+    EXPECT_EQ(crowded.decide(M { 700000, 0.95, 100, 1.0 }), std::nullopt); // overloaded, but only 4
 
-    AdaptiveWorkers busy;
-    EXPECT_EQ(busy.decide({ 1000, 0.6, 100 }), std::nullopt);   // processor half used
-    EXPECT_EQ(busy.decide({ 1000, 0.2, 3 }), std::nullopt);     // fewer folders than workers
-    EXPECT_EQ(busy.decide({ 1000, 0.95, 100 }), std::nullopt);  // overloaded, but only 4
-    EXPECT_EQ(busy.decide({ 1000, 0.2, 100 }), 8);
-    EXPECT_EQ(busy.decide({ 2000, 0.2, 100 }), std::nullopt);
-    EXPECT_EQ(busy.decide({ 2000, 0.95, 100 }), 4);             // halved and frozen
-    EXPECT_EQ(busy.decide({ 2000, 0.1, 100 }), std::nullopt);
+    // Fewer folders waiting than workers: more would have nothing to do.
+    AdaptiveWorkers narrow;
+    EXPECT_EQ(narrow.decide(M { 1000, 0.1, 3, 0.1 }), std::nullopt);
+
+    // Without the system's account of waiting, the load stands in.
+    AdaptiveWorkers unaccounted;
+    EXPECT_EQ(unaccounted.decide(M { 1000, 0.1, 100, std::nullopt }), AdaptiveWorkers::maximum);
 }
 
 TEST(PreviewMaker, KeepsLargePlacesAndMarksUnfinishedFolders)

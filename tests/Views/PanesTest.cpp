@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QLabel>
 #include <QSignalSpy>
 #include <QSortFilterProxyModel>
@@ -95,6 +96,26 @@ TEST(ListPaneTest, TheRestRowStaysLastWhicheverWayItIsSorted)
     pane.setInteractive(false);
     pane.table()->selectRow(0);
     EXPECT_FALSE(pane.selectedNode().has_value());
+}
+
+TEST(ListPaneTest, NamesKeepRoomAtEveryWidthTheWindowGivesThePane)
+{
+    testing::TreeFixture fixture("folder");
+    fixture.add("a-name-long-enough-to-need-room.txt", 1000);
+    fixture.add("Documents/letter.pdf", 500);
+    auto tree = fixture.finish();
+    for (int width : { 360, 460, 640, 900 }) {
+        ListPane pane;
+        pane.resize(width, 400);
+        pane.show();
+        pane.showFolder(tree, NodeID::root());
+        QApplication::processEvents();
+        QTableView& table = *pane.table();
+        EXPECT_GE(table.columnWidth(FolderListModel::name), std::min(150, width - 84 - 104 - 20)) << width;
+        // Nothing in the folder has a status: the column stays out of the way.
+        EXPECT_TRUE(table.isColumnHidden(FolderListModel::status)) << width;
+        EXPECT_EQ(table.isColumnHidden(FolderListModel::kind), width < 460) << width;
+    }
 }
 
 TEST(InspectorViewTest, ExplainsWhatCouldNotBeReadAndWhy)

@@ -69,16 +69,19 @@ protected:
         for (std::string& variable : variables)
             envp.push_back(variable.data());
         envp.push_back(nullptr);
+        // Started as a user starts it, with no words: this process becomes the app.
         std::string program = TARNWICK_EXECUTABLE;
-        std::string open = "--open";
-        std::string path = home.path();
-        char* argv[] = { program.data(), open.data(), path.data(), nullptr };
+        char* argv[] = { program.data(), nullptr };
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
         ASSERT_EQ(posix_spawn(&m_app, program.c_str(), &actions, nullptr, argv, envp.data()), 0);
         posix_spawn_file_actions_destroy(&actions);
+        // Once it listens, a second start hands the place to it, as `make run` does.
+        ASSERT_TRUE(waitUntil([](const nlohmann::json& status) { return status.value("running", false); }));
+        auto [opened, status] = tool("--open '" + home.path() + "'");
+        ASSERT_EQ(status, 0) << opened;
     }
 
     // Runs the command line with the app's environment; its output and exit status.
@@ -97,19 +100,25 @@ protected:
         return { output, WIFEXITED(status) ? WEXITSTATUS(status) : -1 };
     }
 
-    bool waitForScan() const
+    template <typename Condition>
+    bool waitUntil(Condition holds) const
     {
         auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         while (std::chrono::steady_clock::now() < deadline) {
             auto [output, status] = tool("status --json");
             if (status == 0) {
                 auto json = nlohmann::json::parse(output, nullptr, false);
-                if (json.is_object() && json.value("running", false) && json["scanned_path"].is_string())
+                if (json.is_object() && holds(json))
                     return true;
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
         }
         return false;
+    }
+
+    bool waitForScan() const
+    {
+        return waitUntil([](const nlohmann::json& status) { return status.value("running", false) && status["scanned_path"].is_string(); });
     }
 
     bool loaded(const std::string& library) const

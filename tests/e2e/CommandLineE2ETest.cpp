@@ -37,6 +37,12 @@ TEST_F(CommandLineE2E, ScanWaitSummaryAndFindMatchTheFileSystem)
     EXPECT_LT(many["items"].size(), 100u);
     ProcessRun manyText = tarnwick("summary '" + (place / "many") + "' --limit 100");
     EXPECT_LT(manyText.out.size(), 8192u);
+    // find says so too when it lists fewer than asked for.
+    nlohmann::json manyFound = json("find '" + (place / "many") + "' --limit 100");
+    EXPECT_EQ(manyFound["shrunk_to_fit"], true);
+    EXPECT_LT(manyFound["items"].size(), 100u);
+    ProcessRun manyFoundText = tarnwick("find '" + (place / "many") + "' --limit 100");
+    EXPECT_NE(manyFoundText.out.find(" to fit 8 KB."), std::string::npos) << manyFoundText.out;
 
     nlohmann::json found = json("find '" + place.path() + "' --min-size 1M");
     ASSERT_EQ(found["items"].size(), 1u);

@@ -25,6 +25,22 @@ struct ProcessRun {
     std::string err;
 };
 
+// Runs a shell command line; its standard error goes through errFile.
+inline ProcessRun runCommand(const std::string& command, const std::string& errFile)
+{
+    ProcessRun run;
+    std::string line = command + " 2>'" + errFile + "'";
+    FILE* pipe = popen(line.c_str(), "r");
+    std::array<char, 4096> buffer;
+    while (std::size_t n = fread(buffer.data(), 1, buffer.size(), pipe))
+        run.out.append(buffer.data(), n);
+    int status = pclose(pipe);
+    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    std::ifstream err(errFile);
+    run.err.assign(std::istreambuf_iterator<char>(err), {});
+    return run;
+}
+
 // Drives the built executable as a user would, in a private home whose data and settings
 // folders are inside a temporary folder, and ends every app it started.
 class CommandLineE2E : public ::testing::Test {
@@ -40,18 +56,7 @@ protected:
     // launcher runs the tool (and so the app it starts), e.g. "prlimit --nofile=128:128 --".
     ProcessRun tarnwick(const std::string& arguments, const std::string& launcher = "")
     {
-        ProcessRun run;
-        std::string errFile = m_home / "stderr.txt";
-        std::string command = "env " + m_environment + " " + launcher + " " + TARNWICK_EXECUTABLE + " " + arguments + " 2>'" + errFile + "'";
-        FILE* pipe = popen(command.c_str(), "r");
-        std::array<char, 4096> buffer;
-        while (std::size_t n = fread(buffer.data(), 1, buffer.size(), pipe))
-            run.out.append(buffer.data(), n);
-        int status = pclose(pipe);
-        run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        std::ifstream err(errFile);
-        run.err.assign(std::istreambuf_iterator<char>(err), {});
-        return run;
+        return runCommand("env " + m_environment + " " + launcher + " timeout 120 " + TARNWICK_EXECUTABLE + " " + arguments, m_home / "stderr.txt");
     }
 
     nlohmann::json json(const std::string& arguments)
@@ -61,32 +66,45 @@ protected:
         return nlohmann::json::parse(run.out);
     }
 
-    // The apps of this test are the ones whose environment names this test's home folder.
-    std::vector<pid_t> appProcesses()
+    // The apps of this test: this executable started as the app (no words, or a first word
+    // starting with "-"), with an environment that names this test's home folder.
+    std::vector<pid_t> appProcesses() { return appProcesses(TARNWICK_EXECUTABLE); }
+
+    // The same for a copy of the executable at path, including one whose file has since been
+    // replaced.
+    std::vector<pid_t> appProcesses(const std::string& path)
     {
         std::vector<pid_t> pids;
         std::string marker = "HOME=" + (m_home / "home") + '\0';
+        std::error_code error;
+        std::filesystem::path executable = std::filesystem::canonical(path, error);
         for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
             std::string name = entry.path().filename();
             if (name.find_first_not_of("0123456789") != std::string::npos)
+                continue;
+            std::filesystem::path running = std::filesystem::read_symlink(entry.path() / "exe", error);
+            if (error || (running != executable && running.string() != executable.string() + " (deleted)"))
                 continue;
             std::ifstream environ(entry.path() / "environ");
             std::string text((std::istreambuf_iterator<char>(environ)), {});
             std::ifstream cmdline(entry.path() / "cmdline");
             std::string words((std::istreambuf_iterator<char>(cmdline)), {});
-            if (text.find(marker) != std::string::npos && words.find("--background") != std::string::npos)
+            std::size_t firstEnd = words.find('\0');
+            std::string firstWord = firstEnd == std::string::npos ? std::string() : words.substr(firstEnd + 1, words.find('\0', firstEnd + 1) - firstEnd - 1);
+            if (text.find(marker) != std::string::npos && (firstWord.empty() || firstWord.starts_with("-")))
                 pids.push_back(std::stoi(name));
         }
         return pids;
     }
 
-    void stopApps()
+    void stopApps() { stopApps(TARNWICK_EXECUTABLE); }
+    void stopApps(const std::string& path)
     {
-        for (pid_t pid : appProcesses())
+        for (pid_t pid : appProcesses(path))
             kill(pid, SIGTERM);
-        for (int i = 0; i < 50 && !appProcesses().empty(); ++i)
+        for (int i = 0; i < 50 && !appProcesses(path).empty(); ++i)
             usleep(100'000);
-        for (pid_t pid : appProcesses())
+        for (pid_t pid : appProcesses(path))
             kill(pid, SIGKILL);
     }
 
