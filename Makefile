@@ -4,24 +4,42 @@ MAKEFLAGS += --no-print-directory
 JOBS ?= 2
 CMAKE_FLAGS ?=
 
-.PHONY: all deps configure build run test bench screenshots clean
+.PHONY: all deps configure build run test sanitize package bench screenshots clean
 
 all: build
 
 deps:
 	@bash scripts/install-deps.sh
 
-configure: deps
+# `make` only builds; run and test first install what is missing.
+configure:
 	@cmake -S . -B $(BUILD) $(CMAKE_FLAGS) >/dev/null
 
 build: configure
 	@cmake --build $(BUILD) -j$(JOBS)
 
-run: build
+run: deps
+	@$(MAKE) build
 	bash scripts/run.sh ./$(BUILD)/tarnwick
 
-test: build
+test: deps
+	@$(MAKE) build
 	cd $(BUILD) && ctest --output-on-failure -j$(JOBS) --timeout 600
+	@$(MAKE) sanitize
+
+# The tests again in builds that check themselves: the core and the command line under
+# AddressSanitizer and UndefinedBehaviorSanitizer (without the two scans of the whole system,
+# which take minutes there); under ThreadSanitizer, the tests of the work that runs on threads,
+# which is all that build compiles (see CMakeLists.txt).
+ASAN_TESTS ?= -WholeSystemScan*:ScanAtScale*
+TSAN_TESTS ?= *
+sanitize:
+	@bash scripts/sanitizer-tests.sh address,undefined build-asan '$(ASAN_TESTS)'
+	@bash scripts/sanitizer-tests.sh thread build-tsan '$(TSAN_TESTS)'
+
+# build/tarnwick_VERSION_ARCH.deb
+package: build
+	cd $(BUILD) && cpack -G DEB
 
 bench: build
 	bash bench/run.sh $(BUILD)

@@ -5,17 +5,21 @@ set -euo pipefail
 
 packages=(
   build-essential cmake pkg-config
-  libgtest-dev libgmock-dev libbenchmark-dev
+  libgtest-dev libgmock-dev
   nlohmann-json3-dev libutf8proc-dev
   clang libclang-rt-14-dev
   clang-19 libclang-rt-19-dev
   util-linux
   qt6-base-dev qt6-charts-dev qt6-svg-dev qt6-qpa-plugins libgl-dev libqt6opengl6-dev
   xvfb xauth
+  # Daily snapshots over a month of faked dates, end to end.
   faketime
+  # The package: its icons are drawn at build time; make test builds, validates and runs it,
+  # and checks the manual page and the completions in the shells and man that read them.
+  dpkg-dev file librsvg2-bin lintian desktop-file-utils appstream man-db bash-completion zsh fish
 )
-# Only needed by the benchmark comparison (gdu to compare with, GNU time for peak memory);
-# missing is not fatal for tests.
+# Not needed by the tests, so missing is not fatal: gdu and GNU time for the benchmark
+# comparison, ccache to reuse compiled objects between checkouts and builds.
 optional=(gdu time ccache)
 
 missing=()

@@ -88,21 +88,26 @@ void ScanCoordinator::start(Job job)
 
 void ScanCoordinator::finished(const Job& job, ScanOutcome outcome)
 {
+    {
+        std::scoped_lock guard(m_lock);
+        if (m_currentJob && m_currentJob->generation == job.generation)
+            m_currentJob.reset();
+    }
+    // A superseded scan still tells its own caller that it ended, as stopped. The job counts
+    // as running until its caller has been told: whoever waits for idle may then read what
+    // the delivery wrote.
+    if (job.deliver)
+        job.deliver(std::move(outcome));
     std::optional<Job> next;
     {
         std::scoped_lock guard(m_lock);
         m_running.reset();
-        if (m_currentJob && m_currentJob->generation == job.generation)
-            m_currentJob.reset();
         if (m_queued) {
             next = std::move(m_queued);
             m_queued.reset();
             m_running = next;
         }
     }
-    // A superseded scan still tells its own caller that it ended, as stopped.
-    if (job.deliver)
-        job.deliver(std::move(outcome));
     if (next) {
         start(std::move(*next));
         return;

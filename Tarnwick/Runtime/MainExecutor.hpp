@@ -2,6 +2,7 @@
 
 #include "TaskQueue.hpp"
 
+#include <atomic>
 #include <functional>
 #include <future>
 #include <optional>
@@ -33,11 +34,12 @@ public:
     void stop();
     // Lets run() be called again after a stop, to finish work handed in while shutting down.
     void reopen();
-    [[nodiscard]] bool isCurrent() const { return std::this_thread::get_id() == m_owner; }
+    [[nodiscard]] bool isCurrent() const { return std::this_thread::get_id() == m_owner.load(); }
 
 private:
     TaskQueue m_queue;
-    std::thread::id m_owner;
+    // Set by run() while the listener's threads may already ask isCurrent().
+    std::atomic<std::thread::id> m_owner;
     std::optional<Loop> m_loop;
 };
 

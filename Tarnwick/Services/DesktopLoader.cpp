@@ -10,6 +10,23 @@ namespace tarnwick::DesktopLoader {
 
 namespace {
 
+// The build folder keeps the library beside the executable; an installed executable finds
+// it in its private library folder, given relative to the executable's folder so that an
+// unpacked or relocated tree works as well as /usr.
+#ifndef TARNWICK_DESKTOP_MODULE_DIR
+#define TARNWICK_DESKTOP_MODULE_DIR "."
+#endif
+
+std::filesystem::path libraryBeside(const std::filesystem::path& executable)
+{
+    std::filesystem::path folder = executable.parent_path();
+    std::filesystem::path built = folder / desktopLibraryName;
+    std::error_code error;
+    if (std::filesystem::exists(built, error))
+        return built;
+    return (folder / TARNWICK_DESKTOP_MODULE_DIR / desktopLibraryName).lexically_normal();
+}
+
 bool namesADisplay()
 {
     for (const char* name : { "QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY" }) {
@@ -28,7 +45,7 @@ std::unique_ptr<DesktopHost> start(MainExecutor& executor, const std::vector<std
         return nullptr;
     std::error_code error;
     std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
-    std::string library = (executable.parent_path() / desktopLibraryName).string();
+    std::string library = libraryBeside(executable).string();
     void* handle = dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
         SystemLog::write(SystemLog::Level::error, "app", std::string("no window: ") + dlerror());

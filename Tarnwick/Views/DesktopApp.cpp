@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QIcon>
 #include <QLibraryInfo>
 #include <QMetaObject>
 #include <QPalette>
@@ -100,6 +101,9 @@ DesktopApp::DesktopApp(std::string platform, bool background)
     QApplication::setApplicationName(ViewTexts::appName);
     QApplication::setApplicationDisplayName(ViewTexts::appName);
     QApplication::setDesktopFileName(QStringLiteral("tarnwick"));
+    // The installed icon, for window managers that take it from the window rather than from
+    // the desktop entry; none when run from the build folder.
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("tarnwick")));
     applyStyle(*m_application);
 }
 
