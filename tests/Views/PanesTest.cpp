@@ -15,11 +15,10 @@
 #include <QLabel>
 #include <QSignalSpy>
 #include <QSortFilterProxyModel>
-#include <QHelpEvent>
 #include <QTableView>
-#include <QTest>
-#include <QToolTip>
 #include <QToolButton>
+
+#include <ctime>
 
 namespace tarnwick {
 namespace {
@@ -140,9 +139,10 @@ TEST(ListPaneTest, TheSortArrowPointsTheWayTheValuesRun)
 TEST(InspectorViewTest, TheBarFollowsTheColourMode)
 {
     testing::TreeFixture fixture("root");
-    // Changed in 2001 and in 2024, seconds since 2001.
+    // Changed in 2001 and an hour ago, in seconds since 2001.
+    auto anHourAgo = static_cast<std::int32_t>(std::time(nullptr) - 978'307'200 - 3600);
     fixture.add(testing::TreeFixture::Item { .path = "a/old.bin", .allocated = 3'000'000, .modified = 1000 });
-    fixture.add(testing::TreeFixture::Item { .path = "a/seen.mp4", .allocated = 1'000'000, .modified = 730'000'000 });
+    fixture.add(testing::TreeFixture::Item { .path = "a/seen.mp4", .allocated = 1'000'000, .modified = anHourAgo });
     auto tree = fixture.finish();
     auto content = ContentMap::build(tree);
     InspectorView inspector;
