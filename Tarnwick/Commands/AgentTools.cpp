@@ -72,10 +72,28 @@ AgentResult AgentTools::onMain(const Request& request)
     if (request.command == "status")
         return AppCommands::status(m_model, historyNotes());
     for (const auto& [name, handler] : mainHandlers) {
-        if (name == request.command)
-            return handler(m_model, request);
+        if (name != request.command)
+            continue;
+        AgentResult result = handler(m_model, request);
+        if (name == "show" && !result.isError)
+            showWindow(result);
+        return result;
     }
     return AgentResult::failure(AgentErrorCode::unknownCommand, "Tarnwick has no command " + request.command + ".");
+}
+
+// What show opened is only seen when the window is: an app started by the command line keeps
+// its window hidden or minimised until asked, so show brings it forward, or says there is none.
+void AgentTools::showWindow(AgentResult& result)
+{
+    if (m_window)
+        m_window->bringToFront();
+    result.text += m_window ? " The window is in front." : " Tarnwick runs without a window here (no display), so nothing is shown.";
+    if (const JSONValue::Object* fields = result.structured ? result.structured->objectValue() : nullptr) {
+        JSONValue::Object withWindow = *fields;
+        withWindow["window"] = m_window != nullptr;
+        result.structured = JSONValue(std::move(withWindow));
+    }
 }
 
 // A second start of the app: the window comes to the front, on the place asked for.

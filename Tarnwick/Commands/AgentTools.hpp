@@ -35,6 +35,7 @@ private:
     AgentResult onMain(const AgentCommands::Request& request);
     AgentResult waitForScan(const AgentCommands::Request& request);
     AgentResult handOff(const AgentCommands::Request& request);
+    void showWindow(AgentResult& result);
     SnapshotAnswers::Context snapshotContext() const;
     AppCommands::HistoryNotes historyNotes() const;
 

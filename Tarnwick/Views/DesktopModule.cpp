@@ -25,12 +25,7 @@ public:
             std::atomic<Notifier*>* notifierSlot = nullptr;
             std::unique_ptr<MainWindow> window;
             std::unique_ptr<TrayItem> tray; // after the window, so it goes first
-            void bringToFront() override
-            {
-                window->showNormal();
-                window->raise();
-                window->activateWindow();
-            }
+            void bringToFront() override { window->bringToFront(); }
             ~OpenWindow() override
             {
                 // The alert watch may still ask for the tray from its own thread.
@@ -44,11 +39,7 @@ public:
         environment.dailyScans = dailyScans;
         open->window = std::make_unique<MainWindow>(model, environment);
         MainWindow* window = open->window.get();
-        auto showWindow = [window] {
-            window->showNormal();
-            window->raise();
-            window->activateWindow();
-        };
+        auto showWindow = [window] { window->bringToFront(); };
         open->tray = std::make_unique<TrayItem>(environment.defaultsPath, environment.historyFolder, dailyScans,
             TrayItem::Actions {
                 showWindow,

@@ -145,6 +145,19 @@ int FreeSpaceChart::markedJumps() const
     return 0;
 }
 
+QString FreeSpaceChart::valueNear(double at) const
+{
+    const VolumeTimeline::Point* nearest = nullptr;
+    for (const VolumeTimeline::Point& point : m_timeline.points) {
+        if (!nearest || std::abs(milliseconds(point.date) - at) < std::abs(milliseconds(nearest->date) - at))
+            nearest = &point;
+    }
+    if (!nearest)
+        return {};
+    QString date = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(milliseconds(nearest->date))).toString(QStringLiteral("MMM d"));
+    return date + QStringLiteral(": ") + ViewTexts::freeOf(ViewFormat::size(nearest->available), ViewFormat::size(nearest->total));
+}
+
 std::pair<double, double> FreeSpaceChart::verticalRange() const
 {
     const auto axes = chart()->axes(Qt::Vertical);
@@ -202,6 +215,12 @@ void FreeSpaceChart::rebuild()
     edge->append(line->points());
     edge->setPen(QPen(MapPalette::accent(), 2.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     chart->addSeries(edge);
+    connect(edge, &QLineSeries::hovered, this, [this](const QPointF& at, bool entered) {
+        if (entered)
+            QToolTip::showText(QCursor::pos(), valueNear(at.x()), this);
+        else
+            QToolTip::hideText();
+    });
 
     auto* jumps = new QScatterSeries();
     jumps->setMarkerShape(QScatterSeries::MarkerShapeCircle);

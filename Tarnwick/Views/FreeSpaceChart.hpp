@@ -36,6 +36,9 @@ public:
     [[nodiscard]] QChart* chart() const;
     // How many jumps are marked on the line.
     [[nodiscard]] int markedJumps() const;
+    // What hovering the line at a time (milliseconds since 1970) shows: the nearest day's free
+    // space; empty without points.
+    [[nodiscard]] QString valueNear(double milliseconds) const;
 
     // What the chart says under the line: the forecast, or why there is none.
     static QString sentence(const VolumeTimeline& timeline, const Calendar& calendar);

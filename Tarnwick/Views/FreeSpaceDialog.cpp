@@ -54,6 +54,11 @@ FreeSpaceDialog::FreeSpaceDialog(const QString& diskName, HistorySource disk, st
     load();
 }
 
+QString FreeSpaceDialog::summaryText() const
+{
+    return m_summary->text();
+}
+
 bool FreeSpaceDialog::isLoading() const
 {
     return !m_busy->isHidden();
@@ -84,10 +89,9 @@ void FreeSpaceDialog::load()
             return read;
         },
         [this](Read read) {
+            // The words keep the free space now, as the sidebar reads it; the line ends at the
+            // latest scan's measurement.
             m_busy->hide();
-            // The latest measurement, so that the words agree with the line.
-            if (read.timeline.latest)
-                m_summary->setText(ViewTexts::freeOf(ViewFormat::size(read.timeline.latest->available), ViewFormat::size(read.timeline.latest->total)));
             m_chart->setTimeline(read.timeline, read.calendar);
             Q_EMIT loaded();
         });

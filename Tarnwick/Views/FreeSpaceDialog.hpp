@@ -23,6 +23,8 @@ public:
 
     [[nodiscard]] FreeSpaceChart* chart() const { return m_chart; }
     [[nodiscard]] bool isLoading() const;
+    // The disk's free space now, the same figure as the sidebar's.
+    [[nodiscard]] QString summaryText() const;
 
 Q_SIGNALS:
     void loaded();

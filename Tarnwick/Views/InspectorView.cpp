@@ -1,5 +1,6 @@
 #include "InspectorView.hpp"
 
+#include "MapLegend.hpp"
 #include "MapPalette.hpp"
 #include "OffThread.hpp"
 #include "Scanning/NodeStatus.hpp"
@@ -20,7 +21,8 @@
 
 namespace tarnwick {
 
-// The content of an item as one stacked bar and the names of its largest categories.
+// What an item holds, in the groups of the colour mode, as one stacked bar and the names of
+// its largest groups.
 class ContentStrip : public QWidget {
 public:
     explicit ContentStrip(QWidget* parent)
@@ -29,56 +31,57 @@ public:
         setMinimumHeight(10);
     }
 
-    void setShares(std::vector<ContentShare> shares)
+    void setItems(std::vector<LegendContent::Item> items)
     {
-        m_shares = std::move(shares);
-        setFixedHeight(m_shares.empty() ? 0 : 14 + rowsShown() * (fontMetrics().height() + 4));
+        m_items = std::move(items);
+        setFixedHeight(m_items.empty() ? 0 : 14 + rowsShown() * (fontMetrics().height() + 4));
         update();
     }
+    [[nodiscard]] const std::vector<LegendContent::Item>& items() const { return m_items; }
 
 protected:
     void paintEvent(QPaintEvent*) override
     {
-        if (m_shares.empty())
+        if (m_items.empty())
             return;
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         std::int64_t total = 0;
-        for (const auto& share : m_shares)
-            total += share.bytes;
+        for (const auto& item : m_items)
+            total += item.bytes;
         QRectF bar(0, 0, width(), 8);
         QPainterPath clip;
         clip.addRoundedRect(bar, 4, 4);
         painter.setClipPath(clip);
         double x = 0;
-        for (const auto& share : m_shares) {
-            double part = total > 0 ? bar.width() * static_cast<double>(share.bytes) / static_cast<double>(total) : 0;
-            painter.fillRect(QRectF(x, 0, part + 0.5, 8), MapPalette::group(ColorGroup::content(share.category), 0));
+        for (const auto& item : m_items) {
+            double part = total > 0 ? bar.width() * static_cast<double>(item.bytes) / static_cast<double>(total) : 0;
+            painter.fillRect(QRectF(x, 0, part + 0.5, 8), item.color);
             x += part;
         }
         painter.setClipping(false);
         int line = fontMetrics().height() + 4;
         for (int row = 0; row < rowsShown(); ++row) {
-            const ContentShare& share = m_shares[static_cast<std::size_t>(row)];
+            const LegendContent::Item& item = m_items[static_cast<std::size_t>(row)];
             int y = 14 + row * line;
             painter.setPen(Qt::NoPen);
-            painter.setBrush(MapPalette::group(ColorGroup::content(share.category), 0));
+            painter.setBrush(item.color);
             painter.drawRoundedRect(QRectF(0, y + (line - 8) / 2.0 - 1, 8, 8), 2, 2);
+            double fraction = total > 0 ? static_cast<double>(item.bytes) / static_cast<double>(total) : 0;
+            QString numbers = ViewFormat::size(item.bytes) + QStringLiteral("  ·  ") + ViewFormat::percent(fraction);
+            int numbersWidth = fontMetrics().horizontalAdvance(numbers) + 8;
             painter.setPen(QColor(0x1F, 0x29, 0x37));
-            std::string_view label = ContentCategories::displayLabel(share.category);
-            painter.drawText(QRect(14, y, width() - 14, line), Qt::AlignVCenter | Qt::AlignLeft,
-                QString::fromUtf8(label.data(), static_cast<qsizetype>(label.size())));
-            double fraction = total > 0 ? static_cast<double>(share.bytes) / static_cast<double>(total) : 0;
+            painter.drawText(QRect(14, y, width() - 14 - numbersWidth, line), Qt::AlignVCenter | Qt::AlignLeft,
+                fontMetrics().elidedText(item.label, Qt::ElideRight, width() - 14 - numbersWidth));
             painter.setPen(QColor(0x4B, 0x55, 0x63));
-            painter.drawText(QRect(0, y, width(), line), Qt::AlignVCenter | Qt::AlignRight,
-                ViewFormat::size(share.bytes) + QStringLiteral("  ·  ") + ViewFormat::percent(fraction));
+            painter.drawText(QRect(0, y, width(), line), Qt::AlignVCenter | Qt::AlignRight, numbers);
         }
     }
 
 private:
-    [[nodiscard]] int rowsShown() const { return static_cast<int>(std::min<std::size_t>(m_shares.size(), 5)); }
+    [[nodiscard]] int rowsShown() const { return static_cast<int>(std::min<std::size_t>(m_items.size(), 5)); }
 
-    std::vector<ContentShare> m_shares;
+    std::vector<LegendContent::Item> m_items;
 };
 
 InspectorView::InspectorView(QWidget* parent)
@@ -148,7 +151,7 @@ void InspectorView::clear()
     m_shares.clear();
     ++m_request;
     clearRows();
-    m_strip->setShares({});
+    m_strip->setItems({});
     m_title->setText(ViewTexts::nothingSelected);
     m_path->clear();
 }
@@ -230,8 +233,36 @@ void InspectorView::showNode(std::shared_ptr<const ScanTree> tree, NodeID node, 
     if (sameItem)
         return;
     m_shares.clear();
-    m_strip->setShares({});
+    m_strip->setItems({});
+    requestStrip();
+}
+
+void InspectorView::setColors(std::shared_ptr<const ColorMap> colors)
+{
+    if (colors == m_colors)
+        return;
+    m_colors = std::move(colors);
+    requestStrip();
+}
+
+// In a mode of groups the bar shows the item's groups of that mode; by content type, or while
+// the colours are being made, its content shares.
+void InspectorView::requestStrip()
+{
     std::uint64_t request = ++m_request;
+    std::shared_ptr<const ColorMap> colors = m_colors;
+    std::shared_ptr<const ScanTree> tree = m_tree;
+    NodeID node = m_node;
+    if (tree && colors && colors->mode() != ColorMode::contentType) {
+        std::shared_ptr<const OwnerMap> owners = m_owners;
+        OffThread::run<std::vector<LegendContent::Item>>(
+            this, [colors, tree, node, owners] { return LegendContent::make(*colors, *tree, node, owners.get(), std::nullopt).items; },
+            [this, request](std::vector<LegendContent::Item> items) {
+                if (request == m_request)
+                    m_strip->setItems(std::move(items));
+            });
+        return;
+    }
     if (!m_content)
         return;
     std::shared_ptr<const ContentMap> map = m_content;
@@ -247,8 +278,22 @@ void InspectorView::showShares(std::vector<ContentShare> shares)
 {
     std::stable_sort(shares.begin(), shares.end(), [](const auto& a, const auto& b) { return a.bytes > b.bytes; });
     m_shares = shares;
-    m_strip->setShares(std::move(shares));
+    std::vector<LegendContent::Item> items;
+    for (const ContentShare& share : shares) {
+        std::string_view label = ContentCategories::displayLabel(share.category);
+        items.push_back({ MapPalette::group(ColorGroup::content(share.category), 0),
+            QString::fromUtf8(label.data(), static_cast<qsizetype>(label.size())), share.bytes, {} });
+    }
+    m_strip->setItems(std::move(items));
     Q_EMIT contentSharesShown();
+}
+
+std::vector<QString> InspectorView::stripLabels() const
+{
+    std::vector<QString> labels;
+    for (const LegendContent::Item& item : m_strip->items())
+        labels.push_back(item.label);
+    return labels;
 }
 
 QString InspectorView::titleText() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Classification/ColorMap.hpp"
 #include "Classification/ContentMap.hpp"
 #include "Classification/OwnerMap.hpp"
 #include "Scanning/NodeID.hpp"
@@ -28,6 +29,10 @@ public:
     void showNode(std::shared_ptr<const ScanTree> tree, NodeID node, std::shared_ptr<const ContentMap> content,
         std::shared_ptr<const OwnerMap> owners);
     void clear();
+    // The colours of the map, whose mode the bar of groups follows.
+    void setColors(std::shared_ptr<const ColorMap> colors);
+    // The names beside the bar, largest first, once they arrived.
+    [[nodiscard]] std::vector<QString> stripLabels() const;
 
     [[nodiscard]] std::optional<NodeID> node() const { return m_tree ? std::optional(m_node) : std::nullopt; }
     [[nodiscard]] QString titleText() const;
@@ -45,10 +50,12 @@ private:
     void addNote(const QString& text, bool warning);
     void clearRows();
     void showShares(std::vector<ContentShare> shares);
+    void requestStrip();
 
     std::shared_ptr<const ScanTree> m_tree;
     std::shared_ptr<const ContentMap> m_content;
     std::shared_ptr<const OwnerMap> m_owners;
+    std::shared_ptr<const ColorMap> m_colors;
     NodeID m_node;
     std::vector<ContentShare> m_shares;
     std::uint64_t m_request = 0;

@@ -1,6 +1,8 @@
 #include "ListPane.hpp"
 
+#include "CellTipDelegate.hpp"
 #include "FolderListModel.hpp"
+#include "SortHeader.hpp"
 #include "Scanning/ScanTree.hpp"
 
 #include <QHeaderView>
@@ -19,6 +21,7 @@ constexpr int shareWidth = 104;
 constexpr int kindWidth = 96;
 constexpr int statusWidth = 110;
 constexpr int minimumNameWidth = 150;
+constexpr int swatchWidth = 22;
 
 // Keeps the rest row last whichever way the table is sorted.
 class RestLastProxy : public QSortFilterProxyModel {
@@ -71,9 +74,12 @@ public:
 };
 
 // The name column: a rounded swatch of the item's colour before the name.
-class NameDelegate : public QStyledItemDelegate {
+class NameDelegate : public CellTipDelegate {
 public:
-    using QStyledItemDelegate::QStyledItemDelegate;
+    explicit NameDelegate(QObject* parent)
+        : CellTipDelegate(parent, swatchWidth)
+    {
+    }
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override
     {
@@ -81,7 +87,7 @@ public:
         initStyleOption(&shifted, index);
         shifted.icon = QIcon();
         shifted.features &= ~QStyleOptionViewItem::HasDecoration;
-        shifted.rect.adjust(22, 0, 0, 0);
+        shifted.rect.adjust(swatchWidth, 0, 0, 0);
         QStyleOptionViewItem background = option;
         background.text.clear();
         background.icon = QIcon();
@@ -109,6 +115,7 @@ ListPane::ListPane(QWidget* parent)
     m_sorted->setSortRole(FolderListModel::sortRole);
     m_sorted->setSortCaseSensitivity(Qt::CaseInsensitive);
     m_table->setObjectName("folderList");
+    m_table->setHorizontalHeader(new SortHeader(m_table));
     m_table->setModel(m_sorted);
     m_table->setSortingEnabled(true);
     m_table->sortByColumn(FolderListModel::size, Qt::DescendingOrder);
@@ -132,6 +139,7 @@ ListPane::ListPane(QWidget* parent)
     m_table->setColumnWidth(FolderListModel::share, shareWidth);
     m_table->setColumnWidth(FolderListModel::kind, kindWidth);
     m_table->setColumnWidth(FolderListModel::status, statusWidth);
+    m_table->setItemDelegate(new CellTipDelegate(m_table));
     m_table->setItemDelegateForColumn(FolderListModel::name, new NameDelegate(m_table));
     m_table->setItemDelegateForColumn(FolderListModel::share, new ShareDelegate(m_table));
     m_table->setFrameShape(QFrame::NoFrame);

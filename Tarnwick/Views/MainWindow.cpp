@@ -445,19 +445,23 @@ void MainWindow::showScan()
         return guard->m_colors->colors(tree, guard->m_model.colorMode());
     };
     m_map->watchScan(running.scanner->progress(), root, capacity, colors, rescan ? SunburstView::Start::keepShown : SunburstView::Start::empty);
+    // Another colour mode, or colours just made, show on the preview at once, not at the next one.
+    m_map->recolor();
     m_list->setInteractive(false);
     if (!m_map->tree()) {
         m_list->clear();
         m_inspector->clear();
+    } else {
+        m_list->setColors(m_map->colors());
     }
-    m_legend->clear();
-    m_legendColors = nullptr;
+    updateLegend(m_map->colors(), m_map->tree(), NodeID::root());
     m_changes->clear();
     updateUnreadable();
     m_breadcrumb->showPath(nullptr, NodeID::root());
     m_sidebar->setCurrentPath(running.scope.scanRoot);
     m_status->setText(ViewTexts::scanning + QStringLiteral(" ") + root);
-    setWindowTitle(ViewTexts::appName + QStringLiteral(" — ") + root);
+    // The desktop adds the app's name after the window's own title.
+    setWindowTitle(ViewTexts::scanning + QStringLiteral(" ") + root);
 }
 
 // The list and the inspector show the preview's top, sizes so far, while the map fills in.
@@ -469,6 +473,7 @@ void MainWindow::showPreview()
     m_list->showFolder(tree, NodeID::root());
     m_list->setColors(m_map->colors());
     m_inspector->showNode(tree, NodeID::root(), nullptr, nullptr);
+    updateLegend(m_map->colors(), tree, NodeID::root());
 }
 
 void MainWindow::showResult()
@@ -491,14 +496,15 @@ void MainWindow::showResult()
     m_list->setColors(colors);
     m_list->setSelection(selection);
     m_inspector->showNode(tree, selection.value_or(open), result.content, m_colors->owners(tree.get()));
+    m_inspector->setColors(colors);
     m_breadcrumb->showPath(tree, open);
     m_sidebar->setCurrentPath(tree->rootPath());
-    updateLegend(colors, open);
+    updateLegend(colors, tree, open);
     updateChanges();
     updateUnreadable();
 
     QString root = QString::fromStdString(ScopeResolver::displayPath(tree->rootPath()));
-    setWindowTitle(ViewTexts::appName + QStringLiteral(" — ") + root);
+    setWindowTitle(root);
     QString status = ViewFormat::count(tree->count() - 1) + QStringLiteral(" items · ") + ViewFormat::size(*tree, NodeID::root())
         + QStringLiteral(" · scanned ") + ViewFormat::date(result.finishedAt);
     if (!colors)
@@ -506,9 +512,9 @@ void MainWindow::showResult()
     m_status->setText(status);
 }
 
-void MainWindow::updateLegend(const std::shared_ptr<const ColorMap>& colors, NodeID root)
+void MainWindow::updateLegend(const std::shared_ptr<const ColorMap>& colors, const std::shared_ptr<const ScanTree>& tree, NodeID root)
 {
-    if (!colors) {
+    if (!colors || !tree) {
         m_legend->clear();
         m_legendColors = nullptr;
         return;
@@ -517,7 +523,6 @@ void MainWindow::updateLegend(const std::shared_ptr<const ColorMap>& colors, Nod
         return;
     m_legendColors = colors.get();
     m_legendRoot = root;
-    const auto& tree = m_model.result()->tree;
     std::shared_ptr<const OwnerMap> owners = m_colors->owners(tree.get());
     std::optional<VolumeCapacity> capacity = root == NodeID::root() ? capacityOf(tree) : std::nullopt;
     std::uint64_t request = ++m_legendRequest;
@@ -636,6 +641,13 @@ void MainWindow::openFreeSpace(const QString& diskPath)
     auto* dialog = new FreeSpaceDialog(name, ScanRecorder::sourceFor(ScopeResolver::realPath(path)), m_environment.historyFolder, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->show();
+}
+
+void MainWindow::bringToFront()
+{
+    showNormal();
+    raise();
+    activateWindow();
 }
 
 SettingsDialog* MainWindow::openSettings(int page)

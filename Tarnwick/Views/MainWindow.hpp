@@ -76,6 +76,10 @@ public:
     // when it cannot be scanned.
     bool choose(const QString& path);
 
+    // Shows the window, restored, in front of the others: for a second start of the app and
+    // for show from the command line.
+    void bringToFront();
+
     // Opens the settings on a page: 0 alerts, 1 daily snapshot, 2 menu bar, 3 history.
     SettingsDialog* openSettings(int page = 0);
     void openUnreadable();
@@ -97,7 +101,7 @@ private:
     void showResult();
     void showScan();
     void showPreview();
-    void updateLegend(const std::shared_ptr<const ColorMap>& colors, NodeID root);
+    void updateLegend(const std::shared_ptr<const ColorMap>& colors, const std::shared_ptr<const ScanTree>& tree, NodeID root);
     void updateNavigation(const std::shared_ptr<const ScanTree>& tree, NodeID open);
     void goBack();
     void goForward();

@@ -48,8 +48,10 @@ QColor mix(const QColor& from, const QColor& to, double t)
     return QColor(channel(from.red(), to.red()), channel(from.green(), to.green()), channel(from.blue(), to.blue()));
 }
 
-// A grey without hue, so a gradient from it only gains colour.
-const QColor neutral(0xDC, 0xDC, 0xDC);
+// A grey without hue, so a gradient from it only gains colour. The lightest of the map's greys:
+// none of a share is nearly nothing, while unknown, the smaller items and mixed are darker,
+// each a step apart.
+const QColor neutral(0xE8, 0xE8, 0xE8);
 
 }
 
@@ -98,12 +100,12 @@ QColor ratio(double value)
 
 QColor mixed()
 {
-    return QColor(0x9C, 0xA1, 0xAA);
+    return QColor(0x85, 0x8B, 0x95);
 }
 
 QColor unknown()
 {
-    return QColor(0xCF, 0xD4, 0xDB);
+    return QColor(0xAB, 0xB3, 0xC0);
 }
 
 QColor color(const NodeColor& color, const ColorMap& map)
@@ -131,7 +133,7 @@ QColor color(const NodeColor& color, const ColorMap& map)
 
 QColor smallObjects()
 {
-    return QColor(0xE2, 0xE6, 0xEC);
+    return QColor(0xC8, 0xCE, 0xD8);
 }
 
 QColor available()
@@ -194,10 +196,44 @@ QColor forRing(const QColor& base, int ring)
     return mix(base, QColor(Qt::white), std::min(0.07 * ring, 0.45));
 }
 
+namespace {
+
+double relativeLuminance(const QColor& color)
+{
+    auto linear = [](double channel) { return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4); };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+}
+
+double contrast(const QColor& first, const QColor& second)
+{
+    double a = relativeLuminance(first);
+    double b = relativeLuminance(second);
+    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+}
+
 QColor textOn(const QColor& fill)
 {
-    double luminance = 0.299 * fill.redF() + 0.587 * fill.greenF() + 0.114 * fill.blueF();
-    return luminance > 0.62 ? QColor(0x1F, 0x29, 0x37) : QColor(Qt::white);
+    QColor dark(0x1F, 0x29, 0x37);
+    QColor light(Qt::white);
+    return contrast(fill, dark) >= contrast(fill, light) ? dark : light;
+}
+
+QColor veiled(const QColor& fill)
+{
+    QColor veil = changeVeil();
+    return mix(fill, QColor(veil.red(), veil.green(), veil.blue()), veil.alphaF());
+}
+
+QColor labelText()
+{
+    return QColor(0x37, 0x41, 0x51);
+}
+
+QColor leaderLine()
+{
+    return QColor(0x9C, 0xA3, 0xAF);
 }
 
 }

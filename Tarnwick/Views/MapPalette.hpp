@@ -47,8 +47,15 @@ QColor shrinkage();
 
 // Rings further out are drawn a little lighter, which keeps depth readable without lines.
 QColor forRing(const QColor& base, int ring);
-// Text drawn on top of a fill.
+// Text drawn on top of a fill: dark or white, whichever contrasts more with it.
 QColor textOn(const QColor& fill);
+// The contrast ratio of two colours as the web's accessibility guidelines measure it, 1 to 21.
+double contrast(const QColor& first, const QColor& second);
+// A fill as it shows under the changes view's veil.
+QColor veiled(const QColor& fill);
+// Names beside the map and their leader lines.
+QColor labelText();
+QColor leaderLine();
 
 }
 

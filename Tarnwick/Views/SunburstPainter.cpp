@@ -62,46 +62,51 @@ void drawSectors(QPainter& painter, const SunburstLayout& layout, const Sunburst
                 painter.drawPath(path);
             } else if (std::holds_alternative<SunburstSector::SmallObjects>(sector.content)) {
                 painter.setPen(Qt::NoPen);
-                painter.setBrush(QBrush(QColor(0xB4, 0xBC, 0xC8), Qt::Dense6Pattern));
+                painter.setBrush(QBrush(QColor(0xEE, 0xF1, 0xF5), Qt::Dense6Pattern));
                 painter.drawPath(path);
             }
         }
     }
 }
 
-// Names run along the ring, turned so that they never stand on their heads.
-void drawLabels(QPainter& painter, const SunburstLayout& layout, const SunburstGeometry& geometry, const QFont& font, const Fill& fill,
-    const Name& name)
+QFont labelFont(const QFont& font)
 {
     QFont small = font;
     small.setPointSizeF(small.pointSizeF() * 0.85);
+    return small;
+}
+
+void drawLabels(QPainter& painter, const SunburstLabels& labels, const QFont& font, const TextColor& color, const Name& name)
+{
+    QFont small = labelFont(font);
     painter.setFont(small);
     QFontMetricsF metrics(small);
-    if (geometry.ringWidth < metrics.height() + 4)
-        return;
-    for (std::size_t ring = 0; ring < std::min<std::size_t>(layout.rings.size(), 2); ++ring) {
-        double radius = geometry.centerRadius + (static_cast<double>(ring) + 0.5) * geometry.ringWidth;
-        for (const SunburstSector& sector : layout.rings[ring]) {
-            std::optional<NodeID> node = sector.node();
-            if (!node)
-                continue;
-            double room = std::min(sector.span() * 2 * std::numbers::pi * radius, 180.0) - 12;
-            if (room < metrics.averageCharWidth() * 4)
-                continue;
-            QString text = metrics.elidedText(name(*node), Qt::ElideRight, room);
-            if (text.size() < 3)
-                continue;
-            double middle = (sector.start + sector.end) / 2;
-            double turn = middle * 360.0;
-            if (middle > 0.25 && middle < 0.75)
-                turn += 180.0;
-            painter.save();
-            painter.translate(pointAt(geometry, radius, middle));
-            painter.rotate(turn);
-            painter.setPen(MapPalette::textOn(fill(sector)));
-            painter.drawText(QRectF(-room / 2, -metrics.height() / 2, room, metrics.height()), Qt::AlignCenter, text);
-            painter.restore();
-        }
+    for (const SunburstLabels::Inside& label : labels.inside) {
+        painter.save();
+        painter.translate(label.center.x, label.center.y);
+        painter.rotate(label.degrees);
+        painter.setPen(color(label.node));
+        // A little wider than measured, so rounding never makes Qt drop a letter.
+        double width = label.width + 2;
+        painter.drawText(QRectF(-width / 2, -metrics.height() / 2, width, metrics.height()), Qt::AlignCenter, name(label.node));
+        painter.restore();
+    }
+    for (const SunburstLabels::Outside& label : labels.outside) {
+        QPolygonF leader;
+        for (const SunburstGeometry::Point& point : label.leader)
+            leader << QPointF(point.x, point.y);
+        painter.setPen(QPen(MapPalette::leaderLine(), 1.0));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawPolyline(leader);
+        painter.setBrush(MapPalette::leaderLine());
+        painter.drawEllipse(leader.front(), 2.0, 2.0);
+        QRectF box(label.box.x, label.box.y, label.box.width + 2, label.box.height);
+        if (label.side == SunburstLabels::Side::left)
+            box.translate(-2, 0);
+        QString text = metrics.elidedText(name(label.node), Qt::ElideMiddle, box.width());
+        painter.setPen(MapPalette::labelText());
+        int align = Qt::AlignVCenter | (label.side == SunburstLabels::Side::right ? Qt::AlignLeft : Qt::AlignRight);
+        painter.drawText(box, align, text);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Geometry/SunburstGeometry.hpp"
+#include "Geometry/SunburstLabels.hpp"
 #include "Geometry/SunburstLayout.hpp"
 
 #include <QColor>
@@ -27,9 +28,12 @@ QPainterPath sectorPath(const SunburstGeometry& geometry, int ring, double start
 QPointF pointAt(const SunburstGeometry& geometry, double radius, double fraction);
 
 void drawSectors(QPainter& painter, const SunburstLayout& layout, const SunburstGeometry& geometry, const Fill& fill);
-// Names along the sectors of the first two rings that have room for them.
-void drawLabels(QPainter& painter, const SunburstLayout& layout, const SunburstGeometry& geometry, const QFont& font, const Fill& fill,
-    const Name& name);
+// The font of the sectors' names.
+QFont labelFont(const QFont& font);
+// Names placed by SunburstLabels: inside sectors in a colour that reads on the sector's
+// (colour gives it for a node), beside the map with their leader lines.
+using TextColor = std::function<QColor(NodeID)>;
+void drawLabels(QPainter& painter, const SunburstLabels& labels, const QFont& font, const TextColor& color, const Name& name);
 void drawOutline(QPainter& painter, const SunburstGeometry& geometry, const SunburstSector& sector, const QColor& color, double width);
 // The centre disc with a title over a larger detail line.
 void drawCenter(QPainter& painter, const SunburstGeometry& geometry, const QFont& font, const QString& title, const QString& detail);

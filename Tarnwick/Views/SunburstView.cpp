@@ -8,6 +8,7 @@
 #include "ViewTexts.hpp"
 
 #include <QContextMenuEvent>
+#include <QFontMetricsF>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -140,6 +141,14 @@ void SunburstView::endScanWatch()
     m_banner->hide();
 }
 
+void SunburstView::recolor()
+{
+    if (!m_progress || !m_tree || !m_colorSource)
+        return;
+    if (std::shared_ptr<const ColorMap> colors = m_colorSource(m_tree))
+        setColors(std::move(colors));
+}
+
 void SunburstView::pollScan()
 {
     if (!m_progress)
@@ -177,9 +186,17 @@ SunburstLayout SunburstView::layOut(const SunburstGeometry& geometry)
     return SunburstLayout::layout(*m_tree, m_root, geometry.ringCount, spanDivisor, m_capacity, minimumSpan);
 }
 
+SunburstGeometry SunburstView::fitRings(int rings, double ringsInset) const
+{
+    double margin = std::min(labelMargin, width() * labelMarginShare);
+    SunburstGeometry geometry = SunburstGeometry::geometry(rings, width() - 2 * margin, height(), minimumRingWidth, ringsInset);
+    geometry.center.x += margin;
+    return geometry;
+}
+
 const SunburstLayout& SunburstView::currentLayout()
 {
-    SunburstGeometry full = SunburstGeometry::geometry(maxRings, width(), height(), minimumRingWidth, inset);
+    SunburstGeometry full = fitRings(maxRings, inset);
     LayoutKey key { m_tree.get(), m_root, m_capacity, full };
     if (m_layoutKey == key)
         return m_layout;
@@ -195,9 +212,10 @@ const SunburstLayout& SunburstView::currentLayout()
     // a limit), so a shallow folder still fills the view.
     int used = static_cast<int>(m_layout.rings.size());
     if (used >= 1 && used < full.ringCount) {
-        double half = std::min(width(), height()) * 0.5;
+        double margin = std::min(labelMargin, width() * labelMarginShare);
+        double half = std::min(width() - 2 * margin, static_cast<double>(height())) * 0.5;
         double radius = used * maximumRingWidth / 0.76;
-        SunburstGeometry fitted = SunburstGeometry::geometry(used, width(), height(), minimumRingWidth, std::max(inset, half - radius));
+        SunburstGeometry fitted = fitRings(used, std::max(inset, half - radius));
         if (fitted.ringCount == used && fitted.ringWidth > full.ringWidth) {
             m_geometry = fitted;
             m_layout = layOut(fitted);
@@ -255,8 +273,9 @@ QString SunburstView::describe(const SunburstSector& sector) const
     double share = static_cast<double>(sector.bytes) / static_cast<double>(total);
     QString shareText = ViewTexts::shareOf(ViewFormat::percent(share), rootName);
     if (const auto* rest = std::get_if<SunburstSector::SmallObjects>(&sector.content)) {
-        return QStringLiteral("<b>%1</b><br>%2 · %3")
-            .arg(ViewTexts::smallObjectsCount(ViewFormat::count(rest->count())), ViewFormat::size(sector.bytes), shareText.toHtmlEscaped());
+        return QStringLiteral("<b>%1</b><br>%2 · %3<br>%4")
+            .arg(ViewTexts::smallObjectsCount(ViewFormat::count(rest->count())), ViewFormat::size(sector.bytes), shareText.toHtmlEscaped(),
+                rest->parent == m_root ? ViewTexts::smallObjectsHere : ViewTexts::smallObjectsInFolder);
     }
     NodeID node = *sector.node();
     QString text = QStringLiteral("<b>%1</b><br>%2 · %3")
@@ -304,9 +323,39 @@ void SunburstView::renderPicture()
     SunburstPainter::drawSectors(painter, layout, geometry, fill);
     if (m_changes)
         drawChanges(painter, geometry);
-    if (m_tree)
-        SunburstPainter::drawLabels(painter, layout, geometry, font(), fill, [this](NodeID node) { return ViewFormat::name(*m_tree, node); });
+    if (m_tree) {
+        SunburstLabels labels = placeLabels();
+        std::unordered_map<NodeID, QColor> colors;
+        for (const SunburstLayout::Ring& ring : layout.rings) {
+            for (const SunburstSector& sector : ring) {
+                if (sector.node())
+                    colors.emplace(*sector.node(), labelColor(sector));
+            }
+        }
+        SunburstPainter::drawLabels(
+            painter, labels, font(), [&colors](NodeID node) { return colors[node]; },
+            [this](NodeID node) { return ViewFormat::name(*m_tree, node); });
+    }
     m_pictureValid = true;
+}
+
+SunburstLabels SunburstView::placeLabels()
+{
+    const SunburstLayout& layout = currentLayout();
+    if (!m_tree)
+        return {};
+    QFontMetricsF metrics(SunburstPainter::labelFont(font()));
+    SunburstLabels::Metrics sizes;
+    sizes.width = [this, &metrics](NodeID node) { return metrics.horizontalAdvance(ViewFormat::name(*m_tree, node)); };
+    sizes.lineHeight = metrics.height();
+    sizes.shortestWidth = metrics.averageCharWidth() * 8;
+    return SunburstLabels::place(layout, m_geometry, width(), height(), sizes);
+}
+
+QColor SunburstView::labelColor(const SunburstSector& sector) const
+{
+    QColor shown = fill(sector);
+    return MapPalette::textOn(m_changes ? MapPalette::veiled(shown) : shown);
 }
 
 // The map recedes behind a veil; growth is a solid piece at the clockwise end of its sector,
@@ -400,7 +449,8 @@ void SunburstView::mouseMoveEvent(QMouseEvent* event)
     std::optional<SunburstSector> sector = sectorAt(event->position());
     if (sector != m_hover) {
         m_hover = sector;
-        setCursor(sector && sector->node() && !m_progress ? Qt::PointingHandCursor : Qt::ArrowCursor);
+        bool clickable = sector && (sector->node() || std::holds_alternative<SunburstSector::SmallObjects>(sector->content));
+        setCursor(clickable && !m_progress ? Qt::PointingHandCursor : Qt::ArrowCursor);
         update();
     }
 }
@@ -426,6 +476,10 @@ void SunburstView::mouseReleaseEvent(QMouseEvent* event)
     }
     std::optional<SunburstSector> sector = sectorAt(event->position());
     std::optional<NodeID> node = sector ? sector->node() : std::nullopt;
+    if (const auto* rest = sector ? std::get_if<SunburstSector::SmallObjects>(&sector->content) : nullptr) {
+        openSmallObjects(*rest);
+        return;
+    }
     if (!node) {
         Q_EMIT nodeSelected(std::nullopt);
         return;
@@ -434,6 +488,19 @@ void SunburstView::mouseReleaseEvent(QMouseEvent* event)
         Q_EMIT folderOpened(*node);
     else
         Q_EMIT nodeSelected(*node);
+}
+
+// The pieces too small to draw are listed one by one beside the map: their folder opens, or,
+// when it is open already, the largest of them is selected there.
+void SunburstView::openSmallObjects(const SunburstSector::SmallObjects& rest)
+{
+    if (rest.parent != m_root) {
+        Q_EMIT folderOpened(rest.parent);
+        return;
+    }
+    ScanTree::Children children = m_tree->children(rest.parent);
+    if (rest.lower >= 0 && static_cast<std::size_t>(rest.lower) < children.size())
+        Q_EMIT nodeSelected(children[static_cast<std::size_t>(rest.lower)]);
 }
 
 void SunburstView::contextMenuEvent(QContextMenuEvent* event)
@@ -452,7 +519,70 @@ void SunburstView::keyPressEvent(QKeyEvent* event)
         Q_EMIT stopRequested();
         return;
     }
-    QWidget::keyPressEvent(event);
+    if (!m_tree || m_progress) {
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    switch (event->key()) {
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+        if (std::optional<NodeID> next = neighbour(event->key()))
+            Q_EMIT nodeSelected(*next);
+        return;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (m_selection && m_tree->isAncestor(m_root, *m_selection) && *m_selection != m_root
+            && isContainer(m_tree->kind(*m_selection)) && m_tree->childCount(*m_selection) > 0)
+            Q_EMIT folderOpened(*m_selection);
+        return;
+    default:
+        QWidget::keyPressEvent(event);
+    }
+}
+
+// Left and right go anticlockwise and clockwise along the selection's ring, round the turn;
+// up goes out to the largest item inside it, down back in to the item that holds it. Without
+// a selection on the map any arrow picks the largest item of the first ring.
+std::optional<NodeID> SunburstView::neighbour(int key)
+{
+    const SunburstLayout& layout = currentLayout();
+    if (layout.rings.empty())
+        return std::nullopt;
+    std::optional<SunburstSector> current = m_selection ? sectorOf(*m_selection) : std::nullopt;
+    auto largest = [](const SunburstLayout::Ring& ring, auto&& accept) -> std::optional<NodeID> {
+        const SunburstSector* best = nullptr;
+        for (const SunburstSector& sector : ring) {
+            if (sector.node() && accept(*sector.node()) && (!best || sector.span() > best->span()))
+                best = &sector;
+        }
+        return best ? best->node() : std::nullopt;
+    };
+    if (!current)
+        return largest(layout.rings.front(), [](NodeID) { return true; });
+    NodeID node = *current->node();
+    auto ring = static_cast<std::size_t>(current->ring);
+    if (key == Qt::Key_Up) {
+        if (ring + 1 >= layout.rings.size())
+            return std::nullopt;
+        return largest(layout.rings[ring + 1], [&](NodeID child) { return m_tree->parent(child) == node; });
+    }
+    if (key == Qt::Key_Down) {
+        std::optional<NodeID> parent = m_tree->parent(node);
+        return parent && *parent != m_root ? parent : std::nullopt;
+    }
+    std::vector<NodeID> items;
+    for (const SunburstSector& sector : layout.rings[ring]) {
+        if (sector.node())
+            items.push_back(*sector.node());
+    }
+    auto at = std::find(items.begin(), items.end(), node);
+    if (at == items.end() || items.size() < 2)
+        return std::nullopt;
+    auto index = static_cast<std::size_t>(at - items.begin());
+    std::size_t step = key == Qt::Key_Right ? 1 : items.size() - 1;
+    return items[(index + step) % items.size()];
 }
 
 bool SunburstView::event(QEvent* event)

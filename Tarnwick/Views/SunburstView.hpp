@@ -3,6 +3,7 @@
 #include "Classification/ColorMap.hpp"
 #include "Geometry/ChangeProjection.hpp"
 #include "Geometry/SunburstGeometry.hpp"
+#include "Geometry/SunburstLabels.hpp"
 #include "Geometry/SunburstLayout.hpp"
 #include "Geometry/VolumeCapacity.hpp"
 #include "History/PeriodChanges.hpp"
@@ -38,6 +39,10 @@ public:
     // A shallow tree gets wider rings, up to this, rather than a small map.
     static constexpr double maximumRingWidth = 64;
     static constexpr double inset = 14;
+    // Room kept on each side of the rings for the names that don't fit inside, at most this
+    // share of the width.
+    static constexpr double labelMargin = 120;
+    static constexpr double labelMarginShare = 0.16;
     static constexpr int spanDivisor = 1500;
     static constexpr int pollMilliseconds = 200;
 
@@ -66,6 +71,9 @@ public:
     void watchScan(std::shared_ptr<ScanProgress> progress, const QString& rootName, std::optional<VolumeCapacity> capacity,
         ColorSource colors, Start start = Start::empty);
     void endScanWatch();
+    // Asks the running scan's colours again for the tree on show, after the colour mode changed
+    // or colours were made, so the map need not wait for the next preview.
+    void recolor();
     [[nodiscard]] bool isWatchingScan() const { return m_progress != nullptr; }
 
     [[nodiscard]] const std::shared_ptr<const ScanTree>& tree() const { return m_tree; }
@@ -79,6 +87,10 @@ public:
     // How many layouts were made so far; repainting must not add to it.
     [[nodiscard]] int layoutsMade() const { return m_layoutsMade; }
     std::optional<SunburstSector> sectorAt(QPointF point);
+    // Where the sectors' names go in the current layout.
+    SunburstLabels placeLabels();
+    // The colour a sector's name is written in: one that reads on the sector as drawn.
+    [[nodiscard]] QColor labelColor(const SunburstSector& sector) const;
     // What the tooltip says about a sector: its name, size and share of the open folder.
     [[nodiscard]] QString describe(const SunburstSector& sector) const;
     [[nodiscard]] ScanBanner* scanBanner() const { return m_banner; }
@@ -115,6 +127,9 @@ private:
     };
 
     void pollScan();
+    void openSmallObjects(const SunburstSector::SmallObjects& rest);
+    // The item an arrow key moves the selection to.
+    std::optional<NodeID> neighbour(int key);
     void invalidatePicture();
     void renderPicture();
     void drawChanges(QPainter& painter, const SunburstGeometry& geometry);
@@ -123,6 +138,8 @@ private:
     [[nodiscard]] std::optional<SunburstSector> sectorOf(NodeID node);
     void placeBanner();
     SunburstLayout layOut(const SunburstGeometry& geometry);
+    // The rings' place with up to rings rings, leaving room for names at the sides.
+    [[nodiscard]] SunburstGeometry fitRings(int rings, double ringsInset) const;
 
     std::shared_ptr<const ScanTree> m_tree;
     NodeID m_root;

@@ -179,8 +179,14 @@ void TrayItem::rebuildMenu()
             m_actions.openWindow();
     });
     m_snapshotNow = m_menu->addAction(ViewTexts::takeSnapshotNow, this, [this] {
-        if (m_dailyScans)
-            m_dailyScans->takeSnapshotNow();
+        if (!m_dailyScans)
+            return;
+        // The menu closes at once: a notification says the snapshot started, another when it ends.
+        std::optional<DailyScans::Pass> before = m_dailyScans->lastPass();
+        m_passBefore = before ? std::optional(before->startedAt) : std::nullopt;
+        m_snapshotAsked = true;
+        m_dailyScans->takeSnapshotNow();
+        deliver(ViewTexts::appName, ViewTexts::snapshotStarted);
     });
     m_daily = m_menu->addAction(ViewTexts::dailyMenuItem, this, [this](bool on) {
         if (!m_dailyScans)
@@ -224,8 +230,28 @@ void TrayItem::updateDailyActions()
     // A pass that ended changed the snapshots the item is drawn from.
     if (m_wasRunning && !progress.running)
         refresh();
+    // A pass may start and end between two looks at the progress: its record tells it ended.
+    if (m_snapshotAsked && !progress.running && m_dailyScans) {
+        std::optional<DailyScans::Pass> pass = m_dailyScans->lastPass();
+        if (pass && std::optional(pass->startedAt) != m_passBefore) {
+            m_snapshotAsked = false;
+            deliver(ViewTexts::appName, snapshotOutcome());
+        }
+    }
     m_wasRunning = progress.running;
     applyVisibility();
+}
+
+QString TrayItem::snapshotOutcome() const
+{
+    std::optional<DailyScans::Pass> pass = m_dailyScans ? m_dailyScans->lastPass() : std::nullopt;
+    int saved = 0;
+    int failed = 0;
+    for (const DailyScans::DiskOutcome& outcome : pass ? pass->outcomes : std::vector<DailyScans::DiskOutcome> {}) {
+        saved += outcome.outcome == DailyScans::Outcome::saved || outcome.outcome == DailyScans::Outcome::alreadyTaken;
+        failed += outcome.outcome == DailyScans::Outcome::failed;
+    }
+    return ViewTexts::snapshotEnded(saved, failed);
 }
 
 void TrayItem::notify(const std::string& title, const std::string& body)

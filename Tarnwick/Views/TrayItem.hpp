@@ -81,6 +81,8 @@ private:
     void rebuildMenu();
     void updateDailyActions();
     void deliver(const QString& title, const QString& body);
+    // What the notification at the end of a snapshot asked for from the menu says.
+    [[nodiscard]] QString snapshotOutcome() const;
     void applyVisibility();
 
     std::shared_ptr<UserDefaults> m_defaults; // shared with the reads off the main thread
@@ -101,6 +103,8 @@ private:
     bool m_iconShown = false;
     QPointer<QWidget> m_window;
     std::pair<QString, QString> m_lastNotification;
+    bool m_snapshotAsked = false; // from the menu, so its end is told
+    std::optional<Date> m_passBefore;  // when the pass before the one asked for started
 };
 
 }

@@ -54,6 +54,8 @@ inline QString smallObjectsCount(const QString& count)
 {
     return QStringLiteral("%1 smaller items").arg(count);
 }
+inline const QString smallObjectsHere = QStringLiteral("Click to see them in the list");
+inline const QString smallObjectsInFolder = QStringLiteral("Click to open their folder and see them in the list");
 inline const QString mixed = QStringLiteral("Mixed");
 inline const QString unknown = QStringLiteral("Unknown");
 inline const QString noDate = QStringLiteral("No date");
@@ -313,6 +315,14 @@ inline const QString dailyExplanation = QStringLiteral("Alerts are checked while
     + QString::fromUtf8(PlatformPhrases::statusArea.data(), static_cast<qsizetype>(PlatformPhrases::statusArea.size()))
     + QStringLiteral(" and measures your disks every day.");
 inline const QString takeSnapshotNow = QStringLiteral("Take a Snapshot Now");
+inline const QString snapshotStarted = QStringLiteral("Taking a snapshot of your disks. You will be told when it is done.");
+inline QString snapshotEnded(int saved, int failed)
+{
+    QString disks = saved == 1 ? QStringLiteral("1 disk") : QStringLiteral("%1 disks").arg(saved);
+    if (failed == 0)
+        return QStringLiteral("Snapshot taken of %1.").arg(disks);
+    return QStringLiteral("Snapshot taken of %1; %2 could not be scanned.").arg(disks).arg(failed);
+}
 inline const QString takingSnapshot = QStringLiteral("Taking a snapshot…");
 inline QString takingSnapshotOf(const QString& disk, int done, int total)
 {

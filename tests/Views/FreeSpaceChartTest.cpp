@@ -1,9 +1,11 @@
 #include "History/HistoryStore.hpp"
 #include "History/HistoryTexts.hpp"
+#include "Platform/VolumeIdentity.hpp"
 #include "Support/TempFolder.hpp"
 #include "ViewTestSupport.hpp"
 #include "Views/FreeSpaceChart.hpp"
 #include "Views/FreeSpaceDialog.hpp"
+#include "Views/ViewFormat.hpp"
 #include "Views/ViewTexts.hpp"
 
 #include <gtest/gtest.h>
@@ -106,11 +108,26 @@ TEST(FreeSpaceDialog, ReadsTheVolumesRecordOffTheMainThread)
         files.day = { 1 };
         ASSERT_TRUE((*store)->save({ "/elsewhere", "dev:8:1" }, files));
     }
+    auto freeNow = [] {
+        auto space = VolumeIdentity::space("/");
+        return space ? ViewTexts::freeOf(ViewFormat::size(space->available), ViewFormat::size(space->total)) : QString();
+    };
+    QString before = freeNow();
     FreeSpaceDialog dialog(QStringLiteral("Data"), { "/", "dev:8:1" }, folder / "History");
     EXPECT_TRUE(dialog.isLoading());
     ASSERT_TRUE(testing::waitFor([&] { return !dialog.isLoading(); }));
     EXPECT_EQ(dialog.chart()->timeline().dayCount, 6);
     EXPECT_EQ(dialog.chart()->timeline().latest->available, 100 * GB);
+    // Hovering the line gives the nearest day's figure.
+    const auto& points = dialog.chart()->timeline().points;
+    ASSERT_GE(points.size(), 2u);
+    double firstDay = static_cast<double>(std::chrono::duration_cast<std::chrono::milliseconds>(points[0].date.time_since_epoch()).count());
+    EXPECT_NE(dialog.chart()->valueNear(firstDay + 3'600'000).indexOf(ViewFormat::size(points[0].available)), -1)
+        << dialog.chart()->valueNear(firstDay).toStdString();
+    // The words give the free space now, as the sidebar does, not the record's latest day.
+    QString after = freeNow();
+    EXPECT_TRUE(dialog.summaryText() == before || dialog.summaryText() == after) << dialog.summaryText().toStdString();
+    EXPECT_EQ(dialog.summaryText().indexOf(QStringLiteral("100 GB")), -1);
     EXPECT_EQ(dialog.windowTitle(), ViewTexts::freeSpaceOf(QStringLiteral("Data")));
 
     FreeSpaceDialog nothing(QStringLiteral("Data"), { "/", "dev:8:1" }, folder / "none");

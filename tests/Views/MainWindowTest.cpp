@@ -262,6 +262,52 @@ TEST_F(MainWindowTest, CommandsFromTheSocketRunOnTheWindowThreadAndMoveTheViews)
     EXPECT_EQ(window->colorModes()->currentData().toInt(), static_cast<int>(ColorMode::lastModified));
 }
 
+// A request as the socket's thread sends it, while this thread runs the window.
+AgentResult handleAside(AgentTools& tools, const AgentCommands::Request& request)
+{
+    AgentResult result;
+    std::atomic<bool> done = false;
+    std::thread connection([&] {
+        result = tools.handle(request);
+        done = true;
+    });
+    bool finished = waitFor([&] { return done.load(); });
+    connection.join();
+    EXPECT_TRUE(finished);
+    return result;
+}
+
+// show from the command line on an app it started: the window, hidden or minimised until then,
+// comes forward; an app with no window says that nothing can be shown.
+TEST_F(MainWindowTest, ShowBringsAHiddenWindowForwardOrSaysThereIsNone)
+{
+    scan();
+    struct ThisWindow final : DesktopHost::Window {
+        MainWindow* window = nullptr;
+        void bringToFront() override { window->bringToFront(); }
+    } thisWindow;
+    thisWindow.window = window.get();
+    AgentTools tools(*model, executor);
+    AgentCommands::Request request { "show", { { "path", scanned / "Photos" } }, false };
+    for (bool minimise : { false, true }) {
+        if (minimise)
+            window->showMinimized();
+        else
+            window->hide();
+        tools.setWindow(&thisWindow);
+        AgentResult shown = handleAside(tools, request);
+        ASSERT_FALSE(shown.isError) << shown.text;
+        EXPECT_TRUE(window->isVisible());
+        EXPECT_FALSE(window->isMinimized());
+        EXPECT_NE(shown.text.find("window is in front"), std::string::npos) << shown.text;
+    }
+    tools.setWindow(nullptr);
+    AgentResult blind = handleAside(tools, request);
+    EXPECT_NE(blind.text.find("without a window"), std::string::npos) << blind.text;
+    ASSERT_TRUE(blind.structured && blind.structured->objectValue());
+    EXPECT_EQ(*blind.structured->objectValue()->at("window").boolValue(), false);
+}
+
 TEST_F(MainWindowTest, RepaintingAndHoveringKeepTheLayout)
 {
     scan();

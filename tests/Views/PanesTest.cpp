@@ -4,6 +4,8 @@
 #include "Views/FolderListModel.hpp"
 #include "Views/InspectorView.hpp"
 #include "Views/ListPane.hpp"
+#include "Views/MapLegend.hpp"
+#include "Views/SortHeader.hpp"
 #include "Views/ViewFormat.hpp"
 #include "Views/ViewTexts.hpp"
 
@@ -15,6 +17,8 @@
 #include <QSortFilterProxyModel>
 #include <QTableView>
 #include <QToolButton>
+
+#include <ctime>
 
 namespace tarnwick {
 namespace {
@@ -118,37 +122,45 @@ TEST(ListPaneTest, NamesKeepRoomAtEveryWidthTheWindowGivesThePane)
     }
 }
 
-TEST(InspectorViewTest, ExplainsWhatCouldNotBeReadAndWhy)
+// The arrow points the way the values run: down for largest first, up for smallest first.
+TEST(ListPaneTest, TheSortArrowPointsTheWayTheValuesRun)
+{
+    ListPane pane;
+    auto* header = qobject_cast<SortHeader*>(pane.table()->horizontalHeader());
+    ASSERT_NE(header, nullptr);
+    EXPECT_EQ(header->indicator(FolderListModel::size), QStyleOptionHeader::SortDown) << "the list starts largest first";
+    pane.table()->sortByColumn(FolderListModel::size, Qt::AscendingOrder);
+    EXPECT_EQ(header->indicator(FolderListModel::size), QStyleOptionHeader::SortUp);
+    EXPECT_EQ(header->indicator(FolderListModel::name), QStyleOptionHeader::None);
+}
+
+// The bar under the item's name shows the groups of the map's colour mode, as the legend names
+// them, and content types again when the map is coloured by them.
+TEST(InspectorViewTest, TheBarFollowsTheColourMode)
 {
     testing::TreeFixture fixture("root");
-    NodeID locked = fixture.add("locked/", 0);
-    NodeID link = fixture.add({ "shortcut", 0, NodeKind::symlink });
-    fixture.add("movie.mkv", 2'000'000);
-    fixture.builder().recordIssue(locked, IssueKind::permissionDenied, 13, "Permission denied");
+    // Changed in 2001 and an hour ago, in seconds since 2001.
+    auto anHourAgo = static_cast<std::int32_t>(std::time(nullptr) - 978'307'200 - 3600);
+    fixture.add(testing::TreeFixture::Item { .path = "a/old.bin", .allocated = 3'000'000, .modified = 1000 });
+    fixture.add(testing::TreeFixture::Item { .path = "a/seen.mp4", .allocated = 1'000'000, .modified = anHourAgo });
     auto tree = fixture.finish();
+    auto content = ContentMap::build(tree);
     InspectorView inspector;
+    inspector.showNode(tree, fixture.id("a"), content, nullptr);
+    ASSERT_TRUE(waitFor([&] { return inspector.contentShares().size() == 2; }));
+    std::vector<QString> byContent = inspector.stripLabels();
 
-    inspector.showNode(tree, locked, nullptr, nullptr);
-    EXPECT_EQ(inspector.titleText(), QStringLiteral("locked"));
-    EXPECT_EQ(inspector.pathText(), QStringLiteral("/scan/locked"));
-    EXPECT_EQ(inspector.value(ViewTexts::statusColumn), QStringLiteral("Access denied"));
-    QStringList notes;
-    for (auto* label : inspector.findChildren<QLabel*>())
-        notes << label->text();
-    QString joined = notes.join('\n');
-    EXPECT_NE(joined.indexOf(QStringLiteral("isn't allowed to read this location")), -1);
-    EXPECT_NE(joined.indexOf(QStringLiteral("(Permission denied)")), -1);
-    EXPECT_FALSE(inspector.value(ViewTexts::lastChange).isEmpty()) << "a folder shows its last change inside";
+    auto hidden = ColorMap::make(ColorMode::lastModified, tree);
+    std::vector<QString> expected;
+    for (const LegendContent::Item& item : LegendContent::make(*hidden, *tree, fixture.id("a"), nullptr, std::nullopt).items)
+        expected.push_back(item.label);
+    ASSERT_EQ(expected.size(), 2u);
+    inspector.setColors(hidden);
+    ASSERT_TRUE(waitFor([&] { return inspector.stripLabels() == expected; }));
+    EXPECT_NE(expected, byContent);
 
-    inspector.showNode(tree, link, nullptr, nullptr);
-    EXPECT_EQ(inspector.value(ViewTexts::statusColumn), QStringLiteral("Link, not followed"));
-    EXPECT_TRUE(inspector.value(ViewTexts::lastChange).isEmpty());
-    EXPECT_FALSE(inspector.value(ViewTexts::modified).isEmpty());
-    bool explained = false;
-    for (auto* label : inspector.findChildren<QLabel*>())
-        explained = explained || label->text() == QStringLiteral("Symbolic link. Its target isn't followed or counted.");
-    EXPECT_TRUE(explained);
-    EXPECT_TRUE(inspector.value(ViewTexts::owner).isEmpty()) << "no owner row before owners are known";
+    inspector.setColors(ColorMap::make(ColorMode::contentType, tree));
+    ASSERT_TRUE(waitFor([&] { return inspector.stripLabels() == byContent; }));
 }
 
 TEST(InspectorViewTest, ContentSharesArriveFromTheBackgroundLargestFirst)

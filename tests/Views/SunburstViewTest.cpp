@@ -1,6 +1,7 @@
 #include "Classification/TreeFixture.hpp"
 #include "ViewTestSupport.hpp"
 #include "Views/MapLegend.hpp"
+#include "Views/MapPalette.hpp"
 #include "Views/ScanBanner.hpp"
 #include "Views/SunburstView.hpp"
 #include "Views/ViewTexts.hpp"
@@ -10,6 +11,8 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+
+#include <set>
 
 namespace tarnwick {
 namespace {
@@ -146,6 +149,134 @@ TEST_F(SunburstViewTest, ManySmallChildrenBecomeOneSectorDescribedAsSmallerItems
     EXPECT_NE(map.describe(*rest).indexOf(QStringLiteral("smaller items")), -1);
     // Far fewer sectors than children: only what is drawn is laid out.
     EXPECT_LT(ring.size(), 100u);
+
+    // Clicking them is no dead end: the largest of them is selected, which the list shows.
+    QSignalSpy selected(&map, &SunburstView::nodeSelected);
+    QTest::mouseClick(&map, Qt::LeftButton, {}, pointIn(map.currentGeometry(), *rest).toPoint());
+    ASSERT_EQ(selected.count(), 1);
+    auto chosen = selected.at(0).at(0).value<std::optional<NodeID>>();
+    const auto& pieces = std::get<SunburstSector::SmallObjects>(rest->content);
+    EXPECT_EQ(chosen, tree->children(NodeID::root())[static_cast<std::size_t>(pieces.lower)]);
+}
+
+// The names of a home-like map at the sizes the map gets in 1024 x 700, 1280 x 800 and
+// 1920 x 1080 windows: every sector of a twentieth of a turn or more is named, whole inside it or
+// beside the map; the names beside it stay in the view, clear of the rings and of each other.
+TEST_F(SunburstViewTest, LargeSectorsAreNamedWithoutCuttingOrOverlapping)
+{
+    testing::TreeFixture fixture("alex");
+    NodeID image = fixture.add("debian-12.5.0-amd64-DVD-1.iso", 900'000'000);
+    fixture.add("Documents/Letters and applications from the last years/letter.odt", 400'000'000);
+    fixture.add("Music/Albums/a.flac", 350'000'000);
+    fixture.add("Pictures/Holidays in the mountains 2024/p.jpg", 300'000'000);
+    fixture.add(".cache/thumbnails/large/t.png", 250'000'000);
+    fixture.add("Projects/tarnwick-build-output-with-a-long-name/x.o", 120'000'000);
+    fixture.add("Downloads/x.zip", 60'000'000);
+    for (int i = 0; i < 30; ++i)
+        fixture.add("Code/project-" + std::to_string(i) + "/src/main.cpp", 4'000'000);
+    auto tree = fixture.finish();
+    for (QSize size : { QSize(560, 520), QSize(720, 640), QSize(1180, 900) }) {
+        map.resize(size);
+        map.showTree(tree, NodeID::root(), std::nullopt);
+        SunburstLabels labels = map.placeLabels();
+        QRectF view(0, 0, size.width(), size.height());
+        std::set<std::int32_t> named;
+        for (const SunburstLabels::Inside& label : labels.inside)
+            named.insert(label.node.value);
+        for (const SunburstLabels::Outside& label : labels.outside) {
+            named.insert(label.node.value);
+            QRectF box(label.box.x, label.box.y, label.box.width, label.box.height);
+            EXPECT_TRUE(view.contains(box)) << size.width() << " x " << size.height();
+            for (const SunburstLabels::Outside& other : labels.outside)
+                EXPECT_TRUE(&other == &label || !label.box.intersects(other.box));
+        }
+        EXPECT_TRUE(named.contains(image.value)) << "the disc image's sector has no name at " << size.width();
+        for (const SunburstLayout::Ring& ring : map.currentLayout().rings) {
+            for (const SunburstSector& sector : ring) {
+                if (sector.node() && sector.span() >= 0.05)
+                    EXPECT_TRUE(named.contains(sector.node()->value)) << tree->name(*sector.node()) << " at " << size.width();
+            }
+        }
+    }
+}
+
+// In the changes view the map is paled by a veil; names on it are written in the colour that
+// reads on the paled sector, not on the colour under the veil.
+TEST_F(SunburstViewTest, NamesContrastWithTheSectorAsDrawn)
+{
+    testing::TreeFixture fixture("root");
+    fixture.add("Videos/a.mp4", 500'000'000);
+    fixture.add("Music/b.flac", 300'000'000);
+    fixture.add("Code/c.cpp", 200'000'000);
+    auto tree = fixture.finish();
+    map.showTree(tree, NodeID::root(), std::nullopt);
+    map.setColors(ColorMap::make(ColorMode::contentType, tree));
+    auto changes = std::make_shared<SunburstView::ChangeMap>();
+    for (bool veiled : { false, true }) {
+        map.setChanges(veiled ? changes : nullptr, QStringLiteral("since Jun 7"));
+        QImage drawn = map.grab().toImage();
+        for (const SunburstSector& sector : map.currentLayout().rings.at(0)) {
+            QColor under = drawn.pixelColor(pointIn(map.currentGeometry(), sector, 0.5, 0.92).toPoint() * map.devicePixelRatio());
+            EXPECT_GE(MapPalette::contrast(map.labelColor(sector), under), 3.5)
+                << tree->name(*sector.node()) << (veiled ? " under the veil" : "") << " on " << under.name().toStdString();
+        }
+    }
+}
+
+// Arrows move the selection around a ring and between rings; Return opens a folder.
+TEST_F(SunburstViewTest, ArrowsMoveTheSelectionAndReturnOpens)
+{
+    testing::TreeFixture fixture("root");
+    NodeID a = fixture.add("A/", 0);
+    NodeID big = fixture.add("A/big.bin", 500'000'000);
+    fixture.add("A/small.bin", 100'000'000);
+    NodeID b = fixture.add("B/b.bin", 300'000'000);
+    NodeID c = fixture.add("c.bin", 200'000'000);
+    auto tree = fixture.finish();
+    NodeID folderB = *tree->parent(b);
+    map.showTree(tree, NodeID::root(), std::nullopt);
+    // The window answers a selection by setting it on the map.
+    QObject::connect(&map, &SunburstView::nodeSelected, &map, [this](std::optional<NodeID> node) { map.setSelection(node); });
+    QSignalSpy opened(&map, &SunburstView::folderOpened);
+    struct Step {
+        Qt::Key key;
+        NodeID selected;
+    };
+    const Step steps[] = {
+        { Qt::Key_Right, a },         // nothing selected: the largest of the first ring
+        { Qt::Key_Right, folderB },   // clockwise
+        { Qt::Key_Right, c },
+        { Qt::Key_Right, a },         // round the turn
+        { Qt::Key_Left, c },          // and back
+        { Qt::Key_Right, a },
+        { Qt::Key_Up, big },          // out to the largest item inside
+        { Qt::Key_Right, fixture.id("A/small.bin") },
+        { Qt::Key_Down, a },          // back in
+    };
+    for (const Step& step : steps) {
+        QTest::keyClick(&map, step.key);
+        EXPECT_EQ(map.selection(), step.selected) << tree->name(step.selected) << " after key " << step.key;
+    }
+    QTest::keyClick(&map, Qt::Key_Return);
+    ASSERT_EQ(opened.count(), 1);
+    EXPECT_EQ(opened.at(0).at(0).value<NodeID>(), a);
+}
+
+// Another colour mode while a scan runs shows on the preview at once, without waiting for
+// the next preview, which may be long in coming.
+TEST_F(SunburstViewTest, AnotherColourModeRecoloursTheRunningScansPreview)
+{
+    auto progress = std::make_shared<ScanProgress>();
+    auto tree = previewTree(3);
+    progress->setLatestPreview(std::make_shared<ScanPreview>(ScanPreview { tree, 1, 4 }));
+    ColorMode mode = ColorMode::contentType;
+    map.watchScan(progress, QStringLiteral("scan"), std::nullopt,
+        [&](const std::shared_ptr<const ScanTree>& shown) { return ColorMap::make(mode, shown); });
+    ASSERT_EQ(map.tree(), tree);
+    ASSERT_EQ(map.colors()->mode(), ColorMode::contentType);
+    mode = ColorMode::lastModified;
+    map.recolor();
+    EXPECT_EQ(map.colors()->mode(), ColorMode::lastModified);
 }
 
 TEST_F(SunburstViewTest, TooltipsMarkLowerBoundsAndSharesOfTheOpenFolder)

@@ -100,9 +100,13 @@ TEST(TrayItem, ShowsTheDisksAndRunsTheDailySnapshot)
     EXPECT_TRUE(MenuBarSettings::isShown(defaults));
     EXPECT_EQ(tray.isShown(), TrayItem::isAvailable());
 
+    // Taking a snapshot from the menu says that it started and, after the pass, how it went.
     action(tray.menu(), ViewTexts::takeSnapshotNow)->trigger();
+    EXPECT_EQ(tray.lastNotification().second, ViewTexts::snapshotStarted);
     ASSERT_TRUE(testing::waitFor([&] { return scans.load() == 1 && !daily.progress().running && daily.lastPass(); }));
     ASSERT_TRUE(testing::waitFor([&] { return action(tray.menu(), ViewTexts::takeSnapshotNow) && action(tray.menu(), ViewTexts::takeSnapshotNow)->isEnabled(); }));
+    ASSERT_TRUE(testing::waitFor([&] { return tray.lastNotification().second != ViewTexts::snapshotStarted; }));
+    EXPECT_EQ(tray.lastNotification().second, ViewTexts::snapshotEnded(0, 1));
 
     // Notifications come from any thread; without a tray to show them they are logged.
     std::thread([&tray] { tray.notify("“Projects” is larger than 50.0 GB", "It takes 61.2 GB."); }).join();
