@@ -2,6 +2,7 @@
 
 #include "Agent/AgentErrorCode.hpp"
 #include "Agent/AgentFormat.hpp"
+#include "Agent/EchoedText.hpp"
 #include "Support/ByteFormat.hpp"
 #include "AgentPlaces.hpp"
 #include "Classification/ContentCategory.hpp"
@@ -186,16 +187,16 @@ std::string insideLine(const Changes& changes, const PlaceChange& change)
     const std::string sizes = sizeText(change.before, change.presence != Presence::laterOnly) + " → "
         + sizeText(change.after, change.presence != Presence::earlierOnly);
     if (change.presence != Presence::both)
-        return "  " + below(changes.place, change.path) + ": " + sizes;
-    return "  " + SnapshotPlaces::signedSize(change.change(), change.isUncertain) + "  " + below(changes.place, change.path) + "  " + sizes;
+        return "  " + EchoedText::visible(below(changes.place, change.path)) + ": " + sizes;
+    return "  " + SnapshotPlaces::signedSize(change.change(), change.isUncertain) + "  " + EchoedText::visible(below(changes.place, change.path)) + "  " + sizes;
 }
 
 std::string grewMostLine(const PlaceChange& change)
 {
     if (change.presence != Presence::both)
-        return "  " + change.path + ": " + sizeText(change.before, change.presence != Presence::laterOnly) + " → "
+        return "  " + EchoedText::visible(change.path) + ": " + sizeText(change.before, change.presence != Presence::laterOnly) + " → "
             + sizeText(change.after, change.presence != Presence::earlierOnly);
-    return "  " + SnapshotPlaces::signedSize(change.change(), change.isUncertain) + "  " + change.path;
+    return "  " + SnapshotPlaces::signedSize(change.change(), change.isUncertain) + "  " + EchoedText::visible(change.path);
 }
 
 // The first line: the place's change, or, when one end does not keep it, its two sizes.
@@ -206,16 +207,16 @@ std::string headline(const Compared& compared)
     const std::string at = SnapshotPlaces::localTime(changes.to->date);
     switch (changes.presence) {
     case Presence::both:
-        return changes.place + ": " + SnapshotPlaces::signedSize(changes.change, changes.isUncertain) + " since " + since + ", from "
+        return EchoedText::shown(changes.place) + ": " + SnapshotPlaces::signedSize(changes.change, changes.isUncertain) + " since " + since + ", from "
             + AgentFormat::size(changes.sizeBefore, changes.beforeIncomplete) + " to " + AgentFormat::size(changes.sizeAfter, changes.afterIncomplete)
             + " at " + at + ".";
     case Presence::laterOnly:
-        return changes.place + ": " + std::string(notKeptText) + " at " + since + " → " + AgentFormat::size(changes.sizeAfter, changes.afterIncomplete) + " at " + at
+        return EchoedText::shown(changes.place) + ": " + std::string(notKeptText) + " at " + since + " → " + AgentFormat::size(changes.sizeAfter, changes.afterIncomplete) + " at " + at
             + ". " + std::string(Snapshot::keepRule);
     case Presence::earlierOnly:
         break;
     }
-    return changes.place + ": " + AgentFormat::size(changes.sizeBefore, changes.beforeIncomplete) + " at " + since + " → " + std::string(notKeptText) + " at " + at
+    return EchoedText::shown(changes.place) + ": " + AgentFormat::size(changes.sizeBefore, changes.beforeIncomplete) + " at " + since + " → " + std::string(notKeptText) + " at " + at
         + " (not in the latest snapshot: deleted, moved or under 10 MB).";
 }
 

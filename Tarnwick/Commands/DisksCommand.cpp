@@ -2,6 +2,7 @@
 
 #include "Agent/AgentErrorCode.hpp"
 #include "Agent/AgentFormat.hpp"
+#include "Agent/EchoedText.hpp"
 #include "Support/ByteFormat.hpp"
 #include "History/VolumeTimeline.hpp"
 #include "Platform/VolumeIdentity.hpp"
@@ -156,7 +157,7 @@ JSONValue::Object diskJSON(const DiskFacts& facts, const Calendar& calendar)
 std::string diskText(const DiskFacts& facts, const Calendar& calendar)
 {
     const MountInfo& mount = facts.disk.mount;
-    std::string text = mount.mountPoint + " (" + mount.fileSystemType + " on " + mount.deviceName + (facts.disk.isDiskImage ? ", a disk image" : "") + "): ";
+    std::string text = EchoedText::visible(mount.mountPoint) + " (" + mount.fileSystemType + " on " + mount.deviceName + (facts.disk.isDiskImage ? ", a disk image" : "") + "): ";
     text += facts.space ? ByteFormat::format(facts.space->total) + ", " + ByteFormat::format(facts.space->available)
             + " available. Reserved for the system: " + ByteFormat::format(facts.space->reserved) + ". "
                         : "capacity unknown. ";

@@ -2,6 +2,7 @@
 
 #include "Agent/AgentErrorCode.hpp"
 #include "Agent/AgentFormat.hpp"
+#include "Agent/EchoedText.hpp"
 #include "Support/ByteFormat.hpp"
 #include "AgentPlaces.hpp"
 #include "History/HistoryChanges.hpp"
@@ -44,7 +45,7 @@ AgentResult answerFor(const SizeHistory& history, std::size_t shown)
 {
     const std::string& place = history.located.place;
     std::size_t first = history.points.size() - shown;
-    std::string text = place + ": " + std::to_string(history.points.size()) + (history.points.size() == 1 ? " snapshot" : " snapshots")
+    std::string text = EchoedText::shown(place) + ": " + std::to_string(history.points.size()) + (history.points.size() == 1 ? " snapshot" : " snapshots")
         + ", oldest first; sizes are comparable with the latest (a scan that read less of it doesn't count as growth).";
     if (first > 0)
         text += "\nThe latest " + std::to_string(shown) + " to fit 8 KB; " + std::to_string(first) + " earlier ones left out.";
