@@ -3,6 +3,7 @@
 #include "Support/ByteFormat.hpp"
 
 #include <cmath>
+#include <cstdio>
 #include <ctime>
 
 namespace tarnwick::Phrases {
@@ -17,6 +18,15 @@ std::string percent(double share)
     if (share > 0 && share < 0.005)
         return "<1 %";
     return std::to_string(static_cast<long long>(std::lround(share * 100))) + " %";
+}
+
+std::string ratio(const std::optional<double>& ratio)
+{
+    if (!ratio)
+        return "unknown";
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, "%.2f", *ratio);
+    return buffer;
 }
 
 std::string isoDateText(std::chrono::system_clock::time_point date)

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace tarnwick {
@@ -14,6 +15,8 @@ namespace Phrases {
 std::string size(std::int64_t bytes, bool lowerBound = false);
 // A share as a whole percentage, "<1 %" for small non-zero shares.
 std::string percent(double share);
+// An on-disk / size ratio with two decimals, or "unknown".
+std::string ratio(const std::optional<double>& ratio);
 // ISO 8601 in UTC ("2026-11-21T06:30:00Z").
 std::string isoDateText(std::chrono::system_clock::time_point date);
 

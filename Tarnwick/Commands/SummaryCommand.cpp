@@ -11,10 +11,10 @@
 #include "PlaceFacts.hpp"
 #include "Scanning/NodeStatus.hpp"
 #include "Scanning/ScopeResolver.hpp"
+#include "Support/Phrases.hpp"
 #include "TreeQueries/FolderSummary.hpp"
 #include "TreeQueries/HardLinkNote.hpp"
 
-#include <cstdio>
 
 namespace tarnwick::AppCommands {
 
@@ -125,15 +125,6 @@ void addOwnersCachesHidden(const PlaceFacts& facts, std::int64_t total, std::str
         text += "\nHidden: " + hidden.substr(7) + ".";
 }
 
-std::string ratioText(const std::optional<double>& ratio)
-{
-    if (!ratio)
-        return "unknown";
-    char buffer[32];
-    std::snprintf(buffer, sizeof buffer, "%.2f", *ratio);
-    return buffer;
-}
-
 void addRatios(const PlaceFacts& facts, std::string& text, JSONValue::Object& json)
 {
     json["ratio"] = facts.ratio.ratio ? JSONValue(*facts.ratio.ratio) : JSONValue();
@@ -142,7 +133,7 @@ void addRatios(const PlaceFacts& facts, std::string& text, JSONValue::Object& js
         for (const TypeGroups::Ratio& ratio : ratios) {
             array.push_back(JSONValue::Object { { "path", EchoedText::shortened(ratio.path) }, { "size_bytes", ratio.allocated },
                 { "logical_bytes", ratio.logical }, { "ratio", ratio.ratio ? JSONValue(*ratio.ratio) : JSONValue() } });
-            line += (line.empty() ? "" : ", ") + EchoedText::shown(ratio.path, 200) + " " + ratioText(ratio.ratio);
+            line += (line.empty() ? "" : ", ") + EchoedText::shown(ratio.path, 200) + " " + Phrases::ratio(ratio.ratio);
         }
         return array;
     };
@@ -150,7 +141,7 @@ void addRatios(const PlaceFacts& facts, std::string& text, JSONValue::Object& js
     std::string high;
     json["ratio_lowest"] = list(facts.lowest, low);
     json["ratio_highest"] = list(facts.highest, high);
-    text += "\nOn disk / size: " + ratioText(facts.ratio.ratio) + ".";
+    text += "\nOn disk / size: " + Phrases::ratio(facts.ratio.ratio) + ".";
     if (!low.empty())
         text += " Far less on disk (sparse or compressed): " + low + ".";
     if (!high.empty())

@@ -4,6 +4,7 @@
 #include "Agent/AgentFormat.hpp"
 #include "Agent/EchoedText.hpp"
 #include "Support/ByteFormat.hpp"
+#include "Support/Phrases.hpp"
 #include "Agent/OutputLimit.hpp"
 #include "Agent/PageFitting.hpp"
 #include "AgentPlaces.hpp"
@@ -11,7 +12,6 @@
 #include "History/SnapshotTree.hpp"
 #include "SnapshotPlaces.hpp"
 
-#include <cstdio>
 
 namespace tarnwick::SnapshotCommands {
 
@@ -146,15 +146,6 @@ AgentResult groupPage(const TypesSource& source, ColorMode mode, const Page& pag
     return AgentResult::success(text, JSONValue(json));
 }
 
-std::string ratioText(const std::optional<double>& ratio)
-{
-    if (!ratio)
-        return "unknown";
-    char buffer[32];
-    std::snprintf(buffer, sizeof buffer, "%.2f", *ratio);
-    return buffer;
-}
-
 JSONValue::Object ratioJSON(const TypeGroups::Ratio& ratio)
 {
     return JSONValue::Object { { "path", ratio.path }, { "size_bytes", ratio.allocated }, { "logical_bytes", ratio.logical },
@@ -164,7 +155,7 @@ JSONValue::Object ratioJSON(const TypeGroups::Ratio& ratio)
 AgentResult ratioAnswer(const TypesSource& source, const TypeGroups::Extremes& extremes, std::size_t asked, std::size_t shown)
 {
     const TypeGroups::Ratio& place = extremes.place;
-    std::string text = EchoedText::shown(place.path) + ", on disk / size: " + ratioText(place.ratio) + " ("
+    std::string text = EchoedText::shown(place.path) + ", on disk / size: " + Phrases::ratio(place.ratio) + " ("
         + AgentFormat::size(place.allocated, place.allocatedIncomplete) + " on disk, " + AgentFormat::size(place.logical, place.logicalIncomplete)
         + " logical), " + sourceText(source) + ".";
     if (!place.ratio)
@@ -179,7 +170,7 @@ AgentResult ratioAnswer(const TypesSource& source, const TypeGroups::Extremes& e
             text += std::string("\n") + title;
         for (std::size_t i = 0; i < count; ++i) {
             array.push_back(ratioJSON(extremes[i]));
-            text += "\n  " + ratioText(extremes[i].ratio) + "  " + EchoedText::visible(extremes[i].path) + "  ("
+            text += "\n  " + Phrases::ratio(extremes[i].ratio) + "  " + EchoedText::visible(extremes[i].path) + "  ("
                 + AgentFormat::size(extremes[i].allocated, extremes[i].allocatedIncomplete) + " on disk, "
                 + AgentFormat::size(extremes[i].logical, extremes[i].logicalIncomplete) + ")";
         }
