@@ -15,7 +15,6 @@
 #include "TreeQueries/FolderSummary.hpp"
 #include "TreeQueries/HardLinkNote.hpp"
 
-
 namespace tarnwick::AppCommands {
 
 namespace {
