@@ -19,8 +19,8 @@ packages=(
   dpkg-dev file librsvg2-bin lintian desktop-file-utils appstream man-db bash-completion zsh fish
 )
 # Not needed by the tests, so missing is not fatal: gdu and GNU time for the benchmark
-# comparison, ccache to reuse compiled objects between checkouts and builds.
-optional=(gdu time ccache)
+# comparison, hyperfine for the history timings, ccache to reuse compiled objects.
+optional=(gdu time ccache hyperfine)
 
 missing=()
 for p in "${packages[@]}"; do

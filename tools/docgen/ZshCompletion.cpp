@@ -6,9 +6,9 @@ namespace tarnwick::ZshCompletion {
 
 namespace {
 
-// A description inside a single-quoted _arguments or _describe spec: brackets and colons
+// A description inside a single-quoted _arguments or _describe argument: brackets and colons
 // end fields there, and a single quote ends the shell word.
-std::string specText(std::string_view text)
+std::string quotedDescription(std::string_view text)
 {
     std::string out;
     for (char c : text) {
@@ -22,26 +22,26 @@ std::string specText(std::string_view text)
     return out;
 }
 
-std::string optionSpec(const AgentCommands::Option& option)
+std::string optionArgument(const AgentCommands::Option& option)
 {
-    std::string spec = "'" + option.flag + "[" + specText(CompletionWords::firstSentence(option.detail)) + "]:"
+    std::string argument = "'" + option.flag + "[" + quotedDescription(CompletionWords::firstSentence(option.detail)) + "]:"
         + option.placeholder + ":";
     if (option.value.kind == AgentCommands::Value::Kind::choice) {
-        spec += "(";
+        argument += "(";
         for (const std::string& choice : option.value.choices)
-            spec += (spec.back() == '(' ? "" : " ") + choice;
-        spec += ")";
+            argument += (argument.back() == '(' ? "" : " ") + choice;
+        argument += ")";
     } else {
-        spec += " ";
+        argument += " ";
     }
-    return spec + "'";
+    return argument + "'";
 }
 
 std::string commandCase(const AgentCommands::Command& command)
 {
     std::string text = "    " + command.name + ")\n        _arguments -s \\\n";
     for (const AgentCommands::Option& option : command.options)
-        text += "            " + optionSpec(option) + " \\\n";
+        text += "            " + optionArgument(option) + " \\\n";
     if (CompletionWords::takesPath(command))
         text += "            '1:PATH:_files' \\\n";
     text += "            '" + std::string(CompletionWords::json.flag) + "[" + std::string(CompletionWords::json.text)
@@ -62,7 +62,7 @@ std::string render()
                        "    local -a commands\n"
                        "    commands=(\n";
     for (const AgentCommands::Command& command : AgentCommands::table())
-        text += "        '" + command.name + ":" + specText(CompletionWords::firstSentence(command.summary)) + "'\n";
+        text += "        '" + command.name + ":" + quotedDescription(CompletionWords::firstSentence(command.summary)) + "'\n";
     text += "        'help:This help, or a command'\\''s'\n"
             "        'version:Print the version'\n"
             "    )\n"
