@@ -338,7 +338,7 @@ QWidget* MainWindow::buildWorkspace()
 
 bool MainWindow::isBusy() const
 {
-    return m_colors->isMaking() || m_legendsPending > 0;
+    return m_colors->isMaking() || m_legendsPending > 0 || m_map->isDrawing();
 }
 
 bool MainWindow::choose(const QString& path)

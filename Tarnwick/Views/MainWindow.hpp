@@ -69,7 +69,8 @@ public:
     [[nodiscard]] ChangesPane* changes() const { return m_changes; }
     [[nodiscard]] QAction* changesAction() const { return m_showChanges; }
     [[nodiscard]] QPushButton* unreadableButton() const { return m_unreadable; }
-    // Whether colours or the legend are still being worked out off the main thread.
+    // Whether colours, the legend or the map's picture are still being worked out off the main
+    // thread.
     [[nodiscard]] bool isBusy() const;
 
     // Scans a place, or opens it when the current scan holds it; false with a message shown

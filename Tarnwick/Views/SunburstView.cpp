@@ -1,6 +1,7 @@
 #include "SunburstView.hpp"
 
 #include "MapPalette.hpp"
+#include "OffThread.hpp"
 #include "ScanBanner.hpp"
 #include "SunburstPainter.hpp"
 #include "Scanning/ScanTree.hpp"
@@ -201,7 +202,7 @@ const SunburstLayout& SunburstView::currentLayout()
     if (m_layoutKey == key)
         return m_layout;
     m_layoutKey = key;
-    m_pictureValid = false;
+    stalePicture();
     m_geometry = full;
     if (!m_tree || full.ringCount < 1) {
         m_layout = SunburstLayout { m_root, 0, {} };
@@ -288,109 +289,79 @@ QString SunburstView::describe(const SunburstSector& sector) const
     return text;
 }
 
-QColor SunburstView::fill(const SunburstSector& sector) const
-{
-    if (std::holds_alternative<SunburstSector::Available>(sector.content))
-        return MapPalette::available();
-    if (std::holds_alternative<SunburstSector::Unaccounted>(sector.content))
-        return MapPalette::unaccounted();
-    if (std::holds_alternative<SunburstSector::Reserved>(sector.content))
-        return MapPalette::reserved();
-    if (std::holds_alternative<SunburstSector::SmallObjects>(sector.content))
-        return MapPalette::forRing(MapPalette::smallObjects(), sector.ring);
-    QColor base = m_colors ? MapPalette::color(m_colors->color(*sector.node()), *m_colors) : MapPalette::uncolored(sector.branch);
-    return MapPalette::forRing(base, sector.ring);
-}
-
 void SunburstView::invalidatePicture()
 {
-    m_pictureValid = false;
+    stalePicture();
     update();
+}
+
+void SunburstView::stalePicture()
+{
+    m_pictureValid = false;
+    ++m_sceneVersion;
+    // Drawn off the main thread, the picture starts now rather than at the next paint, so it
+    // is on its way even while the window is hidden, and several changes in one turn of the
+    // event loop make one picture.
+    if (drawsOffThread() && !m_drawSoon) {
+        m_drawSoon = true;
+        QMetaObject::invokeMethod(this, [this] {
+            m_drawSoon = false;
+            if (!m_pictureValid)
+                renderPicture();
+        }, Qt::QueuedConnection);
+    }
+}
+
+bool SunburstView::drawsOffThread() const
+{
+    return m_tree && (m_progress || m_pictureOfScan);
+}
+
+MapPicture::Scene SunburstView::scene()
+{
+    const SunburstLayout& layout = currentLayout();
+    const std::optional<ChangeProjection>& projection = changeProjection();
+    return MapPicture::Scene { m_tree, layout, m_geometry, m_colors, m_changes, projection, size(), devicePixelRatioF(), font() };
 }
 
 // The sectors and their names go into a picture that hovering and selection paint over.
 void SunburstView::renderPicture()
 {
-    const SunburstLayout& layout = currentLayout();
-    SunburstGeometry geometry = currentGeometry();
-    qreal ratio = devicePixelRatioF();
-    m_picture = QPixmap((QSizeF(size()) * ratio).toSize());
-    m_picture.setDevicePixelRatio(ratio);
-    m_picture.fill(Qt::transparent);
-    QPainter painter(&m_picture);
-    painter.setRenderHint(QPainter::Antialiasing);
-    auto fill = [this](const SunburstSector& sector) { return this->fill(sector); };
-    SunburstPainter::drawSectors(painter, layout, geometry, fill);
-    if (m_changes)
-        drawChanges(painter, geometry);
-    if (m_tree) {
-        SunburstLabels labels = placeLabels();
-        std::unordered_map<NodeID, QColor> colors;
-        for (const SunburstLayout::Ring& ring : layout.rings) {
-            for (const SunburstSector& sector : ring) {
-                if (sector.node())
-                    colors.emplace(*sector.node(), labelColor(sector));
-            }
-        }
-        SunburstPainter::drawLabels(
-            painter, labels, font(), [&colors](NodeID node) { return colors[node]; },
-            [this](NodeID node) { return ViewFormat::name(*m_tree, node); });
+    if (!drawsOffThread()) {
+        m_picture = MapPicture::draw(scene());
+        m_pictureValid = true;
+        m_pictureOfScan = false;
+        return;
     }
-    m_pictureValid = true;
+    // One picture at a time: the one drawing now is followed by the latest when it ends.
+    if (m_drawing)
+        return;
+    MapPicture::Scene shown = scene();
+    m_drawing = true;
+    bool ofScan = m_progress != nullptr;
+    std::uint64_t version = m_sceneVersion;
+    OffThread::run<QImage>(
+        this, [shown = std::move(shown)] { return MapPicture::draw(shown); },
+        [this, version, ofScan](QImage picture) {
+            m_drawing = false;
+            m_picture = std::move(picture);
+            m_pictureOfScan = ofScan;
+            if (version == m_sceneVersion)
+                m_pictureValid = true;
+            else if (drawsOffThread())
+                renderPicture();
+            update();
+        });
 }
 
 SunburstLabels SunburstView::placeLabels()
 {
-    const SunburstLayout& layout = currentLayout();
-    if (!m_tree)
-        return {};
-    QFontMetricsF metrics(SunburstPainter::labelFont(font()));
-    SunburstLabels::Metrics sizes;
-    sizes.width = [this, &metrics](NodeID node) { return metrics.horizontalAdvance(ViewFormat::name(*m_tree, node)); };
-    sizes.lineHeight = metrics.height();
-    sizes.shortestWidth = metrics.averageCharWidth() * 8;
-    return SunburstLabels::place(layout, m_geometry, width(), height(), sizes);
+    return MapPicture::placeLabels(scene());
 }
 
 QColor SunburstView::labelColor(const SunburstSector& sector) const
 {
-    QColor shown = fill(sector);
-    return MapPalette::textOn(m_changes ? MapPalette::veiled(shown) : shown);
-}
-
-// The map recedes behind a veil; growth is a solid piece at the clockwise end of its sector,
-// shrinkage a hatched one (the part of the former size that is gone). A change only one of the
-// two scans could measure in full is drawn lighter.
-void SunburstView::drawChanges(QPainter& painter, const SunburstGeometry& geometry)
-{
-    QPainterPath whole;
-    for (const SunburstLayout::Ring& ring : currentLayout().rings) {
-        for (const SunburstSector& sector : ring)
-            whole.addPath(SunburstPainter::sectorPath(geometry, sector.ring, sector.start, sector.end));
-    }
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(MapPalette::changeVeil());
-    painter.drawPath(whole);
-    const std::optional<ChangeProjection>& projection = changeProjection();
-    if (!projection)
-        return;
-    for (const ChangeProjection::Piece& piece : projection->pieces) {
-        auto known = m_changes->find(piece.node);
-        bool uncertain = known != m_changes->end() && known->second.isUncertain;
-        bool grew = piece.change > 0;
-        QColor color = grew ? MapPalette::growth() : MapPalette::shrinkage();
-        if (uncertain)
-            color.setAlphaF(0.55);
-        QPainterPath path = SunburstPainter::sectorPath(geometry, piece.ring, piece.start, piece.end);
-        painter.setPen(QPen(MapPalette::sectorBorder(), 1.0));
-        painter.setBrush(grew ? color : MapPalette::forRing(color, 3));
-        painter.drawPath(path);
-        if (!grew) {
-            painter.setPen(Qt::NoPen);
-            painter.setBrush(QBrush(color, Qt::BDiagPattern));
-            painter.drawPath(path);
-        }
-    }
+    return MapPicture::labelColor(MapPicture::Scene { m_tree, {}, m_geometry, m_colors, m_changes, std::nullopt, size(), 1, font() }, sector);
 }
 
 // The centre names the hovered sector, else the open folder.
@@ -416,7 +387,7 @@ void SunburstView::paintEvent(QPaintEvent*)
     currentLayout();
     if (!m_pictureValid || m_picture.size() != (QSizeF(size()) * devicePixelRatioF()).toSize())
         renderPicture();
-    painter.drawPixmap(0, 0, m_picture);
+    painter.drawImage(0, 0, m_picture);
     SunburstGeometry geometry = currentGeometry();
     if (m_hover)
         SunburstPainter::drawOutline(painter, geometry, *m_hover, QColor(255, 255, 255, 230), 3.0);

@@ -6,16 +6,15 @@
 #include "Geometry/SunburstLabels.hpp"
 #include "Geometry/SunburstLayout.hpp"
 #include "Geometry/VolumeCapacity.hpp"
-#include "History/PeriodChanges.hpp"
+#include "MapPicture.hpp"
 #include "Scanning/ScanProgress.hpp"
 
-#include <QPixmap>
+#include <QImage>
 #include <QWidget>
 
 #include <functional>
 #include <memory>
 #include <optional>
-#include <unordered_map>
 #include <vector>
 
 class QTimer;
@@ -58,7 +57,7 @@ public:
     // Growth and shrinkage since the start of a period, drawn at the clockwise end of each
     // changed sector over a paler map; null shows the map alone. since ends the tooltips'
     // change lines ("since Jun 7").
-    using ChangeMap = std::unordered_map<NodeID, PeriodChanges::NodeChange>;
+    using ChangeMap = MapPicture::ChangeMap;
     void setChanges(std::shared_ptr<const ChangeMap> changes, const QString& since);
     [[nodiscard]] const std::shared_ptr<const ChangeMap>& changes() const { return m_changes; }
     // The pieces drawn for the current layout; absent without changes.
@@ -75,6 +74,9 @@ public:
     // or colours were made, so the map need not wait for the next preview.
     void recolor();
     [[nodiscard]] bool isWatchingScan() const { return m_progress != nullptr; }
+    // Whether the picture on show is older than what the map shows now, while a newer one is
+    // drawn off the main thread (a scan's previews and the tree that ends it).
+    [[nodiscard]] bool isDrawing() const { return m_drawing || m_drawSoon; }
 
     [[nodiscard]] const std::shared_ptr<const ScanTree>& tree() const { return m_tree; }
     [[nodiscard]] NodeID root() const { return m_root; }
@@ -131,9 +133,14 @@ private:
     // The item an arrow key moves the selection to.
     std::optional<NodeID> neighbour(int key);
     void invalidatePicture();
+    // The picture no longer matches; the next paint or drawing off the main thread makes it.
+    void stalePicture();
     void renderPicture();
-    void drawChanges(QPainter& painter, const SunburstGeometry& geometry);
-    [[nodiscard]] QColor fill(const SunburstSector& sector) const;
+    // What the picture is drawn from, for the current layout.
+    MapPicture::Scene scene();
+    // Whether the next picture is drawn off the main thread: one of a running scan's, or the
+    // one that replaces it, both of a tree large enough that drawing it would stall the window.
+    [[nodiscard]] bool drawsOffThread() const;
     [[nodiscard]] std::pair<QString, QString> centerTexts() const;
     [[nodiscard]] std::optional<SunburstSector> sectorOf(NodeID node);
     void placeBanner();
@@ -152,7 +159,13 @@ private:
     SunburstGeometry m_geometry;
     std::optional<LayoutKey> m_layoutKey;
     int m_layoutsMade = 0;
-    QPixmap m_picture;
+    QImage m_picture;
+    // Counts the changes of what the picture shows, so a picture drawn off the main thread
+    // knows whether it is still the latest.
+    std::uint64_t m_sceneVersion = 0;
+    bool m_drawing = false;
+    bool m_drawSoon = false;
+    bool m_pictureOfScan = false;
     std::shared_ptr<const ChangeMap> m_changes;
     QString m_changesSince;
     std::optional<ChangeProjection> m_projection;

@@ -102,6 +102,65 @@ TEST_F(SunburstViewTest, ARescanKeepsTheMapItReplacesUntilItsFirstPreview)
     EXPECT_EQ(map.tree(), nullptr);
 }
 
+// A scan's previews, and the finished tree that replaces them, are drawn off the main thread:
+// until a new picture is ready the last one stays on show, never an empty map; once the scan's
+// pictures are gone, opening a folder draws at once again.
+TEST_F(SunburstViewTest, AScansPicturesAreDrawnOffTheMainThreadWhileTheLastStaysOnShow)
+{
+    auto chain = [](int depth) {
+        testing::TreeFixture fixture("scan");
+        std::string path;
+        for (int level = 0; level < depth; ++level)
+            path += "level" + std::to_string(level) + "/";
+        fixture.add(path + "file.mp4", 50'000'000);
+        return fixture.finish();
+    };
+    auto progress = std::make_shared<ScanProgress>();
+    auto colors = [](const std::shared_ptr<const ScanTree>& tree) { return ColorMap::make(ColorMode::contentType, tree); };
+    auto shallow = chain(1);
+    progress->setLatestPreview(std::make_shared<ScanPreview>(ScanPreview { shallow, 1, 3 }));
+    map.watchScan(progress, QStringLiteral("scan"), std::nullopt, colors);
+    ASSERT_EQ(map.tree(), shallow);
+    ASSERT_TRUE(waitFor([&] { return !map.isDrawing(); }));
+    QRgb background = map.grab().toImage().pixel(2, 2);
+    auto drawnAt = [&](QPointF point) { return map.grab().toImage().pixel(point.toPoint()) != background; };
+    auto shallowSector = sectorOf(map, shallow->children(NodeID::root())[0]);
+    ASSERT_TRUE(shallowSector.has_value());
+    QPointF inShallow = pointIn(map.currentGeometry(), *shallowSector);
+    ASSERT_TRUE(drawnAt(inShallow));
+
+    // A deeper preview reaches farther out than the shallow one's rings.
+    auto deep = chain(6);
+    progress->setLatestPreview(std::make_shared<ScanPreview>(ScanPreview { deep, 2, 8 }));
+    ASSERT_TRUE(waitFor([&] { return map.tree() == deep; }));
+    NodeID outermost = deep->children(NodeID::root())[0];
+    while (deep->childCount(outermost) > 0)
+        outermost = deep->children(outermost)[0];
+    auto outer = sectorOf(map, outermost);
+    ASSERT_TRUE(outer.has_value());
+    QPointF inOuter = pointIn(map.currentGeometry(), *outer, 0.5, 0.5);
+    ASSERT_TRUE(waitFor([&] { return !map.isDrawing(); }));
+    EXPECT_TRUE(drawnAt(inOuter));
+
+    // The finished tree is one file: until its picture comes, the deep preview stays.
+    map.endScanWatch();
+    auto finished = chain(0);
+    map.showTree(finished, NodeID::root(), std::nullopt);
+    map.setColors(colors(finished));
+    EXPECT_TRUE(map.isDrawing());
+    EXPECT_TRUE(drawnAt(inOuter));
+    ASSERT_TRUE(waitFor([&] { return !map.isDrawing(); }));
+    EXPECT_FALSE(drawnAt(inOuter));
+
+    // Opening a folder after the scan draws at once.
+    NodeID first = deep->children(NodeID::root())[0];
+    map.showTree(deep, first, std::nullopt);
+    EXPECT_FALSE(map.isDrawing());
+    auto opened = sectorOf(map, deep->children(first)[0]);
+    ASSERT_TRUE(opened.has_value());
+    EXPECT_TRUE(drawnAt(pointIn(map.currentGeometry(), *opened)));
+}
+
 TEST_F(SunburstViewTest, AWholeDiskShowsItsFreeAndUnaccountedSpace)
 {
     testing::TreeFixture fixture("disk");
