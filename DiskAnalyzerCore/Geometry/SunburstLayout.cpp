@@ -49,10 +49,28 @@ struct RingPass {
             position = end;
         }
         if (children.size() - i >= 2)
-            addSmallObjects(parent, children, i, position, scale);
+            position = addSmallObjects(parent, children, i, position, scale);
+        if (tree.rests())
+            addRest(parent, children, position, scale);
     }
 
-    void addSmallObjects(const Parent& parent, ScanTree::Children children, std::size_t first, double position, double scale)
+    // In a tree made from a saved day, whose folders carry rests, what the kept children leave
+    // of the parent's bytes closes its turn, where it is wide enough. A scan's folders hold
+    // only their own blocks beyond their children, and those stay a gap.
+    void addRest(const Parent& parent, ScanTree::Children children, double position, double scale)
+    {
+        std::int64_t listed = 0;
+        for (NodeID child : children)
+            SaturatingMath::add(listed, tree.allocatedSize(child));
+        std::int64_t rest = parent.bytes - listed;
+        double start = std::max(parent.end - scale * static_cast<double>(rest), position);
+        if (rest < 1 || scale * static_cast<double>(rest) < minimumSpan || parent.end <= start)
+            return;
+        sectors.push_back(SunburstSector { SunburstSector::Rest { parent.node }, ring, start, parent.end, rest, parent.branch });
+    }
+
+    // Returns where the next sector starts.
+    double addSmallObjects(const Parent& parent, ScanTree::Children children, std::size_t first, double position, double scale)
     {
         std::int64_t sum = 0;
         for (NodeID child : children.subspan(first))
@@ -60,9 +78,10 @@ struct RingPass {
         double span = scale * static_cast<double>(sum);
         double end = std::min(position + span, parent.end);
         if (sum < 1 || span < minimumSpan || end <= position)
-            return;
+            return std::min(position + span, parent.end);
         SunburstSector::SmallObjects rest { parent.node, static_cast<std::int32_t>(first), static_cast<std::int32_t>(children.size()) };
         sectors.push_back(SunburstSector { rest, ring, position, end, sum, SunburstSector::noBranch });
+        return end;
     }
 };
 

@@ -21,6 +21,12 @@ struct SunburstSector {
         [[nodiscard]] std::int32_t count() const { return upper - lower; }
         bool operator==(const SmallObjects&) const = default;
     };
+    // The bytes of parent that none of its children accounts for: in a tree made from a
+    // saved day, its files and folders under the snapshot's threshold, together.
+    struct Rest {
+        NodeID parent;
+        bool operator==(const Rest&) const = default;
+    };
     // Used space of the volume that the scan did not find.
     struct Unaccounted {
         bool operator==(const Unaccounted&) const = default;
@@ -33,7 +39,7 @@ struct SunburstSector {
     struct Available {
         bool operator==(const Available&) const = default;
     };
-    using Content = std::variant<NodeID, SmallObjects, Unaccounted, Reserved, Available>;
+    using Content = std::variant<NodeID, SmallObjects, Rest, Unaccounted, Reserved, Available>;
 
     // Branches are positions among the root's ordered children; sectors that stand for
     // no single branch carry this value.

@@ -56,7 +56,7 @@ QColor fill(const Scene& scene, const SunburstSector& sector)
         return MapPalette::unaccounted();
     if (std::holds_alternative<SunburstSector::Reserved>(sector.content))
         return MapPalette::reserved();
-    if (std::holds_alternative<SunburstSector::SmallObjects>(sector.content))
+    if (std::holds_alternative<SunburstSector::SmallObjects>(sector.content) || std::holds_alternative<SunburstSector::Rest>(sector.content))
         return MapPalette::forRing(MapPalette::smallObjects(), sector.ring);
     QColor base = scene.colors ? MapPalette::color(scene.colors->color(*sector.node()), *scene.colors) : MapPalette::uncolored(sector.branch);
     return MapPalette::forRing(base, sector.ring);

@@ -273,6 +273,11 @@ QString SunburstView::describe(const SunburstSector& sector) const
     }
     double share = static_cast<double>(sector.bytes) / static_cast<double>(total);
     QString shareText = ViewTexts::shareOf(ViewFormat::percent(share), rootName);
+    if (const auto* rest = std::get_if<SunburstSector::Rest>(&sector.content)) {
+        return QStringLiteral("<b>%1</b><br>%2 · %3<br>%4")
+            .arg(ViewTexts::restOf(ViewFormat::shortName(*m_tree, rest->parent)).toHtmlEscaped(), ViewFormat::size(sector.bytes),
+                shareText.toHtmlEscaped(), ViewTexts::restDetail);
+    }
     if (const auto* rest = std::get_if<SunburstSector::SmallObjects>(&sector.content)) {
         return QStringLiteral("<b>%1</b><br>%2 · %3<br>%4")
             .arg(ViewTexts::smallObjectsCount(ViewFormat::count(rest->count())), ViewFormat::size(sector.bytes), shareText.toHtmlEscaped(),
@@ -370,6 +375,8 @@ std::pair<QString, QString> SunburstView::centerTexts() const
     if (m_hover && m_tree) {
         if (std::optional<NodeID> node = m_hover->node())
             return { ViewFormat::name(*m_tree, *node), ViewFormat::size(*m_tree, *node) };
+        if (const auto* rest = std::get_if<SunburstSector::Rest>(&m_hover->content))
+            return { ViewTexts::restOf(ViewFormat::shortName(*m_tree, rest->parent)), ViewFormat::size(m_hover->bytes) };
         if (const auto* rest = std::get_if<SunburstSector::SmallObjects>(&m_hover->content))
             return { ViewTexts::smallObjectsCount(ViewFormat::count(rest->count())), ViewFormat::size(m_hover->bytes) };
         return { capacityTitle(*m_hover).value_or(QString()), ViewFormat::size(m_hover->bytes) };

@@ -56,6 +56,12 @@ inline QString smallObjectsCount(const QString& count)
 }
 inline const QString smallObjectsHere = QStringLiteral("Click to see them in the list");
 inline const QString smallObjectsInFolder = QStringLiteral("Click to open their folder and see them in the list");
+// What a folder holds beyond the items listed in it (a saved day keeps folders of 10 MB and more).
+inline QString restOf(const QString& folder)
+{
+    return QStringLiteral("Rest of %1").arg(folder);
+}
+inline const QString restDetail = QStringLiteral("Files and folders not listed one by one");
 inline const QString mixed = QStringLiteral("Mixed");
 inline const QString unknown = QStringLiteral("Unknown");
 inline const QString noDate = QStringLiteral("No date");

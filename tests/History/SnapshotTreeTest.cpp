@@ -2,9 +2,14 @@
 
 #include "Classification/ContentMap.hpp"
 #include "Classification/ModeBucketMaps.hpp"
+#include "Geometry/SunburstLayout.hpp"
 #include "History/SnapshotFixture.hpp"
+#include "Scanning/ScanTree.hpp"
 
 #include <gtest/gtest.h>
+
+#include <map>
+#include <set>
 
 using namespace tarnwick;
 using namespace tarnwick::testing;
@@ -81,4 +86,42 @@ TEST(SnapshotTree, WithoutColorsSizesStayRoundedAndNoRestsAreMade)
     NodeID projects = *tree->node("/home/ann/Projects");
     EXPECT_EQ(tree->allocatedSize(projects), 50'000'000); // 50,345,800 rounded down to 10 MB
     EXPECT_EQ(tree->rests(), nullptr);
+}
+
+// A saved day on the map: one sector for every kept folder, and for every folder the bytes its
+// kept folders leave (its files and its folders under 10 MB) as one rest closing its turn.
+TEST(SnapshotTree, ItsMapDrawsTheKeptFoldersAndEachFoldersRest)
+{
+    Snapshot snapshot = reduceWithColors(sampleTree());
+    auto tree = SnapshotTree::make(snapshot);
+    SunburstLayout layout = SunburstLayout::layout(*tree, NodeID::root(), 8, 1'000'000, std::nullopt, nullptr);
+
+    std::set<std::string> drawn;
+    std::map<std::string, std::int64_t> rests;
+    for (const SunburstLayout::Ring& ring : layout.rings) {
+        for (const SunburstSector& sector : ring) {
+            if (std::optional<NodeID> node = sector.node())
+                drawn.insert(tree->path(*node));
+            else if (const auto* rest = std::get_if<SunburstSector::Rest>(&sector.content))
+                rests[tree->path(rest->parent)] += sector.bytes;
+            else
+                ADD_FAILURE() << "a saved day has no other pieces";
+        }
+    }
+    std::set<std::string> kept;
+    std::map<std::string, std::int64_t> expectedRests;
+    for (std::int32_t i = 0; i < snapshot.nodeCount(); ++i) {
+        if (i > 0)
+            kept.insert(snapshot.path(i));
+        std::int64_t rest = snapshot.size(i);
+        for (std::int32_t child = i + 1; child < snapshot.nodeCount(); ++child) {
+            if (snapshot.parents[static_cast<std::size_t>(child)] == i)
+                rest -= snapshot.size(child);
+        }
+        if (rest > 0)
+            expectedRests[snapshot.path(i)] = rest;
+    }
+    EXPECT_EQ(drawn, kept);
+    EXPECT_EQ(rests, expectedRests);
+    ASSERT_FALSE(expectedRests.empty());
 }
