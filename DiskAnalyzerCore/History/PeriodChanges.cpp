@@ -43,6 +43,25 @@ std::expected<PeriodChanges, PeriodChanges::Problem> PeriodChanges::load(History
     return changes;
 }
 
+std::expected<PeriodChanges, PeriodChanges::Problem> PeriodChanges::loadSince(HistoryStore& store, const HistorySource& source,
+    const HistoryEntry& day, Date scanFinishedAt)
+{
+    std::optional<HistoryStore::SourceRecord> record = store.record(source);
+    if (!record || !record->current || record->current->date < SnapshotDates::truncatedToMicroseconds(scanFinishedAt))
+        return std::unexpected(Problem::notSavedYet);
+    auto from = SnapshotLoader::load(store, source, day);
+    auto to = SnapshotLoader::load(store, source, *record->current);
+    if (!from || !to)
+        return std::unexpected(Problem::unreadable);
+    PeriodChanges changes;
+    changes.m_period = HistoryPeriod::all;
+    changes.m_start = from->entry;
+    changes.m_current = to->entry;
+    changes.m_from = std::move(from->snapshot);
+    changes.m_to = std::move(to->snapshot);
+    return changes;
+}
+
 bool PeriodChanges::startsWithThisScan() const
 {
     return m_start.date == m_current.date;

@@ -43,6 +43,10 @@ public:
     // that finished at scanFinishedAt, and the day snapshot at the start of period.
     static std::expected<PeriodChanges, Problem> load(HistoryStore& store, const HistorySource& source, HistoryPeriod period,
         Date scanFinishedAt);
+    // The same from a day the user picked (one of the place's day snapshots) rather than the
+    // start of a period; a day that can no longer be read is unreadable, never replaced.
+    static std::expected<PeriodChanges, Problem> loadSince(HistoryStore& store, const HistorySource& source, const HistoryEntry& day,
+        Date scanFinishedAt);
 
     [[nodiscard]] HistoryPeriod period() const { return m_period; }
     [[nodiscard]] const HistoryEntry& start() const { return m_start; }

@@ -73,9 +73,9 @@ std::shared_ptr<const ScanTree> make(const Snapshot& snapshot, const TimeZone& z
         if (snapshot.flags[i].contains(NodeFlag::contentsUnread))
             builder.markContentsUnready(node);
     }
-    std::shared_ptr<const RestBuckets> rests;
-    if (snapshot.hasColors)
-        rests = std::make_shared<const RestBuckets>(snapshot.restContent.buckets());
+    // Rests even without colours (then without parts): they tell the map that a folder's
+    // bytes beyond its kept children are files and folders the snapshot did not keep.
+    auto rests = std::make_shared<const RestBuckets>(snapshot.hasColors ? snapshot.restContent.buckets() : RestBuckets {});
     auto tree = std::move(builder).finalize(snapshot.rootPath, snapshot.coverage, TreeBuilder::Metadata::included, std::move(rests));
     return tree;
 }

@@ -29,6 +29,7 @@ public:
 
     [[nodiscard]] const std::string& rootPath() const { return m_rootPath; }
     [[nodiscard]] const std::vector<ScanIssue>& issues() const { return m_issues; }
+    // Set only on a tree made from a snapshot: what its folders held beyond their kept children.
     [[nodiscard]] const std::shared_ptr<const RestBuckets>& rests() const { return m_rests; }
     [[nodiscard]] const ScanCoverage& coverage() const { return m_coverage; }
 

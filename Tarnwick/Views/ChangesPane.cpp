@@ -32,6 +32,8 @@ namespace {
 // While the history saves the scan, the pane looks again every second, for a minute.
 constexpr int retryMilliseconds = 1000;
 constexpr int maximumRetries = 60;
+// The picker's item of a day picked among the saved days, beside the periods.
+constexpr int pickedDay = -1;
 
 enum Role { kindRole = Qt::UserRole + 1, pathRole, changeRole, uncertainRole, scaleRole };
 
@@ -272,7 +274,9 @@ ChangesPane::ChangesPane(std::string historyFolder, QWidget* parent)
     column->addLayout(notesRow);
 
     connect(m_picker, &QComboBox::activated, this, [this](int index) {
-        setPeriod(static_cast<HistoryPeriod::Value>(m_picker->itemData(index).toInt()));
+        int chosen = m_picker->itemData(index).toInt();
+        if (chosen != pickedDay)
+            setPeriod(static_cast<HistoryPeriod::Value>(chosen));
     });
     connect(m_retry, &QTimer::timeout, this, &ChangesPane::retry);
     connect(m_list, &QListWidget::itemClicked, this, [this](QListWidgetItem* item) {
@@ -299,10 +303,28 @@ HistoryStore* ChangesPane::store()
 
 void ChangesPane::setPeriod(HistoryPeriod period)
 {
+    bool leavesDay = m_since.has_value();
+    if (leavesDay) {
+        m_since.reset();
+        m_picker->removeItem(m_picker->findData(pickedDay));
+    }
     m_picker->setCurrentIndex(m_picker->findData(static_cast<int>(period)));
-    if (period == m_period)
+    if (period == m_period && !leavesDay)
         return;
     m_period = period;
+    reload();
+}
+
+void ChangesPane::compareSince(const HistoryEntry& day)
+{
+    m_since = day;
+    int index = m_picker->findData(pickedDay);
+    if (index < 0) {
+        m_picker->addItem(QString(), pickedDay);
+        index = m_picker->count() - 1;
+    }
+    m_picker->setItemText(index, ViewTexts::since(shortDate(day.date)));
+    m_picker->setCurrentIndex(index);
     reload();
 }
 
@@ -407,13 +429,15 @@ void ChangesPane::retry()
     std::string openPath = tree->path(m_open);
     std::uint64_t request = m_request;
     HistoryPeriod period = m_period;
+    std::optional<HistoryEntry> since = m_since;
     Date finishedAt = m_finishedAt;
     OffThread::run<Loaded>(
         this,
-        [keep, tree, openPath, request, period, finishedAt] {
+        [keep, tree, openPath, request, period, since, finishedAt] {
             Loaded loaded { request, std::nullopt, nullptr, nullptr, std::nullopt };
             HistorySource source = ScanRecorder::sourceFor(tree->rootPath());
-            auto comparison = PeriodChanges::load(*keep, source, period, finishedAt);
+            auto comparison = since ? PeriodChanges::loadSince(*keep, source, *since, finishedAt)
+                                    : PeriodChanges::load(*keep, source, period, finishedAt);
             if (!comparison) {
                 loaded.problem = comparison.error();
                 return loaded;

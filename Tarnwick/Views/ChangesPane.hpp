@@ -53,6 +53,10 @@ public:
 
     [[nodiscard]] HistoryPeriod period() const { return m_period; }
     void setPeriod(HistoryPeriod period);
+    // Compares with a day the user picked among the place's saved days instead of a period's
+    // start; choosing a period again leaves it.
+    void compareSince(const HistoryEntry& day);
+    [[nodiscard]] const std::optional<HistoryEntry>& since() const { return m_since; }
 
     // What the pane shows, for tests and the screenshots.
     [[nodiscard]] bool isLoading() const;
@@ -87,6 +91,7 @@ private:
     std::string m_historyFolder;
     std::shared_ptr<HistoryStore> m_store;
     HistoryPeriod m_period = HistoryPeriod::defaultPeriod;
+    std::optional<HistoryEntry> m_since;
 
     std::shared_ptr<const ScanTree> m_tree;
     NodeID m_open;

@@ -23,6 +23,7 @@
 #include "Platform/VolumeIdentity.hpp"
 #include "Scanning/ScanTree.hpp"
 #include "Scanning/ScopeResolver.hpp"
+#include "SavedDayWindow.hpp"
 #include "SettingsDialog.hpp"
 #include "SourceSidebar.hpp"
 #include "StartView.hpp"
@@ -153,6 +154,7 @@ MainWindow::MainWindow(AppModel& model, Environment environment, QWidget* parent
     connect(m_find, &FindBar::itemChosen, this, &MainWindow::reveal);
     connect(m_colors, &ColorMapStore::ready, this, &MainWindow::refresh);
     connect(m_sidebar, &SourceSidebar::freeSpaceRequested, this, &MainWindow::openFreeSpace);
+    connect(m_sidebar, &SourceSidebar::savedDayRequested, this, &MainWindow::openSavedDay);
     connect(m_unreadable, &QPushButton::clicked, this, &MainWindow::openUnreadable);
     connect(m_changes, &ChangesPane::changesShown, this, [this](std::shared_ptr<const SunburstView::ChangeMap> changes, const QString& since) {
         m_map->setChanges(m_showChanges->isChecked() ? std::move(changes) : nullptr, since);
@@ -500,6 +502,12 @@ void MainWindow::showResult()
     m_breadcrumb->showPath(tree, open);
     m_sidebar->setCurrentPath(tree->rootPath());
     updateLegend(colors, tree, open);
+    if (m_pendingComparison && m_pendingComparison->first == tree->rootPath()) {
+        HistoryEntry day = m_pendingComparison->second;
+        m_pendingComparison.reset();
+        showChanges(true);
+        m_changes->compareSince(day);
+    }
     updateChanges();
     updateUnreadable();
 
@@ -621,6 +629,31 @@ void MainWindow::updateUnreadable()
     std::size_t issues = tree ? tree->issues().size() : 0;
     m_unreadable->setVisible(issues > 0);
     m_unreadable->setText(issues == 1 ? ViewTexts::unreadableOne : ViewTexts::unreadableCount(ViewFormat::count(static_cast<std::int64_t>(issues))));
+}
+
+SavedDayWindow* MainWindow::openSavedDay(const QString& path, qint64 entryID)
+{
+    auto* day = new SavedDayWindow(m_environment.historyFolder, path.toStdString(), entryID, this);
+    day->setAttribute(Qt::WA_DeleteOnClose);
+    connect(day, &SavedDayWindow::compareRequested, this, &MainWindow::compareWithDay);
+    day->show();
+    return day;
+}
+
+void MainWindow::compareWithDay(const QString& path, const HistoryEntry& day)
+{
+    bringToFront();
+    const auto& result = m_model.result();
+    std::string place = ScopeResolver::realPath(path.toStdString());
+    if (result && !m_model.runningScan() && result->tree->rootPath() == place) {
+        m_model.open(NodeID::root());
+        showChanges(true);
+        m_changes->compareSince(day);
+        return;
+    }
+    m_pendingComparison = std::pair { place, day };
+    if (!choose(path))
+        m_pendingComparison.reset();
 }
 
 void MainWindow::openUnreadable()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Geometry/VolumeCapacity.hpp"
+#include "History/HistoryEntry.hpp"
 #include "Scanning/NodeID.hpp"
 
 #include <QMainWindow>
@@ -30,6 +31,7 @@ class InspectorView;
 class ListPane;
 class MapLegend;
 class ScanTree;
+class SavedDayWindow;
 class SettingsDialog;
 class SourceSidebar;
 class StartView;
@@ -83,6 +85,11 @@ public:
 
     // Opens the settings on a page: 0 alerts, 1 daily snapshot, 2 menu bar, 3 history.
     SettingsDialog* openSettings(int page = 0);
+    // A day of a place's history on the map, in a window of its own.
+    SavedDayWindow* openSavedDay(const QString& path, qint64 entryID);
+    // The changes of a place from a saved day to now: at once when the place is on show, else
+    // once a scan of it has ended.
+    void compareWithDay(const QString& path, const HistoryEntry& day);
     void openUnreadable();
     void openFreeSpace(const QString& diskPath);
 
@@ -155,6 +162,9 @@ private:
     NodeID m_legendRoot;
     std::uint64_t m_legendRequest = 0;
     int m_legendsPending = 0;
+
+    // A comparison with a saved day that waits for the scan of its place.
+    std::optional<std::pair<std::string, HistoryEntry>> m_pendingComparison;
 
     const ScanTree* m_capacityTree = nullptr;
     std::optional<VolumeCapacity> m_capacity;

@@ -5,6 +5,7 @@
 #include "MapPalette.hpp"
 #include "Platform/MountTable.hpp"
 #include "Platform/VolumeIdentity.hpp"
+#include "Scanning/ScopeResolver.hpp"
 #include "ViewFormat.hpp"
 #include "ViewTexts.hpp"
 
@@ -317,8 +318,38 @@ void SourceSidebar::showMenu(const QPoint& position)
     }
     if (kind == Kind::disk)
         menu.addAction(ViewTexts::freeSpaceOverTime, this, [this, path] { Q_EMIT freeSpaceRequested(QString::fromStdString(path)); });
+    if (kind != Kind::section)
+        addSavedDays(menu, path);
     if (!menu.isEmpty())
         menu.exec(m_list->viewport()->mapToGlobal(position));
+}
+
+void SourceSidebar::addSavedDays(QMenu& menu, const std::string& path)
+{
+    constexpr std::size_t shownDays = 31;
+    std::error_code error;
+    if (m_places.historyFolder.empty() || !std::filesystem::exists(std::filesystem::path(m_places.historyFolder) / "index.json", error))
+        return;
+    auto store = HistoryStore::open(m_places.historyFolder);
+    if (!store)
+        return;
+    std::string real = ScopeResolver::realPath(path);
+    for (const HistorySource& source : (*store)->sources()) {
+        if (source.path != real)
+            continue;
+        std::optional<HistoryStore::SourceRecord> record = (*store)->record(source);
+        if (!record || record->entries.empty())
+            continue;
+        QMenu* days = menu.addMenu(ViewTexts::savedDays);
+        QString place = QString::fromStdString(source.path);
+        std::size_t shown = 0;
+        for (auto entry = record->entries.rbegin(); entry != record->entries.rend() && shown < shownDays; ++entry, ++shown) {
+            std::int64_t id = entry->id;
+            days->addAction(ViewFormat::date(entry->date) + QStringLiteral(" · ") + ViewFormat::size(entry->total), this,
+                [this, place, id] { Q_EMIT savedDayRequested(place, id); });
+        }
+        return;
+    }
 }
 
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 class QListWidget;
+class QMenu;
 class QListWidgetItem;
 class QPushButton;
 
@@ -49,12 +50,16 @@ Q_SIGNALS:
     void sourceChosen(const QString& path);
     void addFavoriteRequested();
     void freeSpaceRequested(const QString& diskPath);
+    // A day of a place's history to show on the map: its path and the day snapshot's entry.
+    void savedDayRequested(const QString& path, qint64 entryID);
 
 private:
     void addSection(const QString& title);
     void addSource(const Source& source);
     void showMenu(const QPoint& position);
     void chosen(QListWidgetItem* item);
+    // The days the history keeps of path, newest first, as a menu of their own.
+    void addSavedDays(QMenu& menu, const std::string& path);
 
     Places m_places;
     Favorites& m_favorites;

@@ -62,6 +62,21 @@ inline QString restOf(const QString& folder)
     return QStringLiteral("Rest of %1").arg(folder);
 }
 inline const QString restDetail = QStringLiteral("Files and folders not listed one by one");
+
+// A saved day of a place's history, on the map.
+inline const QString savedDays = QStringLiteral("Saved Days");
+inline const QString compareWithNow = QStringLiteral("Compare with Now");
+inline const QString savedDayLoading = QStringLiteral("Reading the saved day…");
+inline const QString savedDayUnreadable = QStringLiteral("This saved day can no longer be read");
+inline QString savedDayTitle(const QString& day)
+{
+    return QStringLiteral("Saved day: %1").arg(day);
+}
+inline QString savedDayDetail(const QString& place, const QString& size)
+{
+    return QStringLiteral("%1 as it was, %2. A past day: folders of 10 MB and more, and the rest of each folder as one piece.")
+        .arg(place, size);
+}
 inline const QString mixed = QStringLiteral("Mixed");
 inline const QString unknown = QStringLiteral("Unknown");
 inline const QString noDate = QStringLiteral("No date");

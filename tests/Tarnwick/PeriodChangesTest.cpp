@@ -147,6 +147,34 @@ TEST_F(PeriodChangesTest, ADamagedStartFallsBackToTheNearestIntactDay)
     }
 }
 
+// Compare with now from a saved day: that day exactly, and when it cannot be read any more, a
+// plain failure rather than another day in its place.
+TEST_F(PeriodChangesTest, FromAPickedDay)
+{
+    auto record = store->record(place);
+    ASSERT_TRUE(record);
+    ASSERT_EQ(record->entries.size(), 3u);
+    struct Case {
+        std::size_t day;
+        std::int64_t rootChange;
+    };
+    const Case cases[] {
+        { 0, 140 * MB - 100 * MB },
+        { 1, 140 * MB - 110 * MB },
+    };
+    for (const Case& c : cases) {
+        auto changes = PeriodChanges::loadSince(*store, place, record->entries[c.day], utc(2024, 6, 10, 8));
+        ASSERT_TRUE(changes) << c.day;
+        EXPECT_EQ(changes->start().date, record->entries[c.day].date);
+        EXPECT_EQ(changes->at("/data")->change, c.rootChange) << c.day;
+    }
+    EXPECT_EQ(PeriodChanges::loadSince(*store, place, record->entries[0], utc(2024, 6, 10, 11)).error(), PeriodChanges::Problem::notSavedYet);
+    std::ofstream(store->directory() + "/" + record->folder + "/" + record->entries[1].file, std::ios::trunc) << "not a snapshot";
+    auto damaged = PeriodChanges::loadSince(*store, place, record->entries[1], utc(2024, 6, 10, 8));
+    ASSERT_FALSE(damaged);
+    EXPECT_EQ(damaged.error(), PeriodChanges::Problem::unreadable);
+}
+
 TEST_F(PeriodChangesTest, TheTraysChangeSinceYesterday)
 {
     UserDefaults defaults(folder / "defaults.json");

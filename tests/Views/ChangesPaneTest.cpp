@@ -179,3 +179,33 @@ TEST(SunburstChanges, PiecesAtTheClockwiseEndOfChangedSectors)
 }
 
 }
+
+namespace tarnwick {
+
+// Compare with Now from a saved day: the pane compares with that day, says so in its picker,
+// and a period chosen again replaces it.
+TEST_F(ChangesPaneTest, ComparesWithAPickedDayUntilAPeriodIsChosen)
+{
+    pane.showScan(today, NodeID::root(), now, true);
+    ASSERT_TRUE(loaded());
+    auto record = store->record(place);
+    ASSERT_TRUE(record);
+    const HistoryEntry& fourDays = record->entries.front();
+    pane.compareSince(fourDays);
+    ASSERT_TRUE(loaded());
+    QString name = QString::fromStdString(root.substr(root.rfind('/') + 1));
+    // 150 MB now against 120 MB four days ago.
+    EXPECT_EQ(pane.headline(), ViewTexts::grewBy(name, QStringLiteral("30.0 MB")));
+    ASSERT_TRUE(row(QStringLiteral("Old")));
+    EXPECT_EQ(row(QStringLiteral("Old"))->change, -30 * MB);
+    int picked = pane.periodPicker()->currentIndex();
+    EXPECT_EQ(pane.periodPicker()->itemData(picked).toInt(), -1);
+
+    pane.setPeriod(HistoryPeriod::yesterday);
+    ASSERT_TRUE(loaded());
+    EXPECT_FALSE(pane.since());
+    EXPECT_EQ(pane.headline(), ViewTexts::grewBy(name, QStringLiteral("10.0 MB")));
+    EXPECT_EQ(pane.periodPicker()->count(), static_cast<int>(HistoryPeriod::count));
+}
+
+}
