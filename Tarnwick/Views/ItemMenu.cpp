@@ -4,10 +4,8 @@
 #include "ViewTexts.hpp"
 
 #include <QClipboard>
-#include <QDesktopServices>
 #include <QGuiApplication>
 #include <QMenu>
-#include <QUrl>
 
 namespace tarnwick::ItemMenu {
 
@@ -33,8 +31,16 @@ QMenu* make(QWidget* parent, const std::shared_ptr<const ScanTree>& tree, NodeID
         menu->addAction(ViewTexts::openEnclosingFolder, menu, [actions, node] { actions.goUp(node); });
     menu->addSeparator();
     QString folder = folderToShow(*tree, node);
-    menu->addAction(ViewTexts::showInFileManager, menu, [folder] { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); });
+    if (actions.showInFileManager)
+        menu->addAction(ViewTexts::showInFileManager, menu, [actions, path] { actions.showInFileManager(path); });
+    if (actions.openTerminal)
+        menu->addAction(ViewTexts::openTerminalHere, menu, [actions, folder] { actions.openTerminal(folder); });
     menu->addAction(ViewTexts::copyPath, menu, [path] { QGuiApplication::clipboard()->setText(path); });
+    menu->addSeparator();
+    if (actions.scan)
+        menu->addAction(ViewTexts::scanThisFolder, menu, [actions, folder] { actions.scan(folder); });
+    if (actions.addFavorite)
+        menu->addAction(ViewTexts::addToFavorites, menu, [actions, folder] { actions.addFavorite(folder); });
     return menu;
 }
 

@@ -1,14 +1,13 @@
 #include "MainWindow.hpp"
 
-#include "FindBar.hpp"
-#include "ItemMenu.hpp"
-
 #include "AppCommands.hpp"
 #include "AppModel.hpp"
 #include "Breadcrumb.hpp"
 #include "ChangesPane.hpp"
 #include "ColorMapStore.hpp"
+#include "Agent/AgentHelp.hpp"
 #include "Favorites.hpp"
+#include "FileManagerLink.hpp"
 #include "FindBar.hpp"
 #include "FreeSpaceDialog.hpp"
 #include "History/HistoryStore.hpp"
@@ -18,6 +17,7 @@
 #include "ListPane.hpp"
 #include "MapLegend.hpp"
 #include "OffThread.hpp"
+#include "Platform/MountTable.hpp"
 #include "Platform/UserDefaults.hpp"
 #include "Platform/UserFolders.hpp"
 #include "Platform/VolumeIdentity.hpp"
@@ -26,9 +26,11 @@
 #include "SavedDayWindow.hpp"
 #include "SettingsDialog.hpp"
 #include "SourceSidebar.hpp"
+#include "SearchPane.hpp"
 #include "StartView.hpp"
 #include "SunburstView.hpp"
 #include "ToolbarIcons.hpp"
+#include "TerminalLauncher.hpp"
 #include "UnreadableSheet.hpp"
 #include "ViewFormat.hpp"
 #include "ViewTexts.hpp"
@@ -42,6 +44,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
 #include <QScreen>
@@ -105,6 +108,8 @@ MainWindow::MainWindow(AppModel& model, Environment environment, QWidget* parent
     , m_changes(new ChangesPane(m_environment.historyFolder))
     , m_listOrChanges(new QStackedWidget())
     , m_unreadable(new QPushButton())
+    , m_fileManager(new FileManagerLink(this))
+    , m_search(new SearchPane())
 {
     setWindowTitle(ViewTexts::appName);
     // 1280 x 800 where the screen has room, else what it has.
@@ -151,7 +156,9 @@ MainWindow::MainWindow(AppModel& model, Environment environment, QWidget* parent
     connect(m_breadcrumb, &Breadcrumb::folderChosen, this, [this](NodeID folder) { m_model.open(folder); });
     connect(m_map, &SunburstView::itemMenuRequested, this, &MainWindow::showItemMenu);
     connect(m_list, &ListPane::itemMenuRequested, this, &MainWindow::showItemMenu);
-    connect(m_find, &FindBar::itemChosen, this, &MainWindow::reveal);
+    connect(m_find, &FindBar::searchRequested, this, &MainWindow::search);
+    connect(m_search, &SearchPane::itemChosen, this, &MainWindow::reveal);
+    connect(m_search, &SearchPane::closeRequested, this, [this] { showSearch(false); });
     connect(m_colors, &ColorMapStore::ready, this, &MainWindow::refresh);
     connect(m_sidebar, &SourceSidebar::freeSpaceRequested, this, &MainWindow::openFreeSpace);
     connect(m_sidebar, &SourceSidebar::savedDayRequested, this, &MainWindow::openSavedDay);
@@ -235,6 +242,17 @@ void MainWindow::buildMenus()
 {
     QMenu* file = menuBar()->addMenu(ViewTexts::fileMenu);
     file->addAction(ViewTexts::chooseFolder, QKeySequence::Open, this, &MainWindow::chooseFolder);
+    // The disks as the sidebar lists them when the menu opens, free space and all.
+    QMenu* disks = file->addMenu(ViewTexts::scanDisk);
+    connect(disks, &QMenu::aboutToShow, this, [this, disks] {
+        disks->clear();
+        for (const SourceSidebar::Source& source : m_sidebar->sources()) {
+            if (source.kind != SourceSidebar::Kind::disk)
+                continue;
+            QString path = QString::fromStdString(source.path);
+            disks->addAction(source.title + QStringLiteral(" (") + path + QStringLiteral(")"), this, [this, path] { choose(path); });
+        }
+    });
     file->addAction(m_rescan);
     file->addAction(m_stop);
     file->addSeparator();
@@ -255,11 +273,6 @@ void MainWindow::buildMenus()
     edit->addAction(ViewTexts::settings, QKeySequence::Preferences, this, [this] { openSettings(); });
 
     QMenu* view = menuBar()->addMenu(ViewTexts::viewMenu);
-    view->addAction(m_back);
-    view->addAction(m_forward);
-    m_up->setShortcuts({ QKeySequence(Qt::ALT | Qt::Key_Up), QKeySequence(Qt::Key_Backspace) });
-    view->addAction(m_up);
-    view->addAction(m_showChanges);
     QMenu* colors = view->addMenu(ViewTexts::colorMenu);
     int number = 0;
     for (ColorMode mode : allColorModes) {
@@ -268,13 +281,46 @@ void MainWindow::buildMenus()
             [this, mode] { m_model.setColorMode(mode); });
         action->setShortcut(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + number++)));
     }
+    view->addSeparator();
+    m_showChanges->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_D));
+    view->addAction(m_showChanges);
+    view->addAction(ViewTexts::freeSpaceMenu, this, [this] {
+        const auto& result = m_model.result();
+        std::string disk = result ? ScopeResolver::realPath(result->scope.scanRoot) : std::string("/");
+        if (auto mounts = MountTable::read())
+            if (const MountEntry* mount = MountTable::holding(*mounts, disk))
+                disk = mount->mountPoint;
+        openFreeSpace(QString::fromStdString(disk));
+    });
+    m_showUnreadable = view->addAction(ViewTexts::unreadablePlaces, this, &MainWindow::openUnreadable);
+    m_showUnreadable->setEnabled(false);
+
+    QMenu* go = menuBar()->addMenu(ViewTexts::goMenu);
+    go->addAction(m_back);
+    go->addAction(m_forward);
+    m_up->setShortcuts({ QKeySequence(Qt::ALT | Qt::Key_Up), QKeySequence(Qt::Key_Backspace) });
+    go->addAction(m_up);
+    m_home = go->addAction(ViewTexts::home, QKeySequence(Qt::ALT | Qt::Key_Home), this, [this] {
+        if (m_model.result() && !m_model.runningScan())
+            m_model.open(NodeID::root());
+    });
+
+    QMenu* help = menuBar()->addMenu(ViewTexts::helpMenu);
+    help->addAction(ViewTexts::commandLineHelp, QKeySequence::HelpContents, this, [this] {
+        QMessageBox box(this);
+        box.setWindowTitle(ViewTexts::commandLineHelp);
+        box.setText(QString::fromStdString(AgentHelp::general("tarnwick")));
+        box.setTextInteractionFlags(Qt::TextSelectableByMouse);
+        box.exec();
+    });
+    help->addAction(ViewTexts::aboutApp, this, [this] {
+        QMessageBox::about(this, ViewTexts::aboutApp,
+            ViewTexts::appName + QStringLiteral(" ") + QStringLiteral(TARNWICK_VERSION) + QStringLiteral("\n") + ViewTexts::aboutText);
+    });
 }
 
-void MainWindow::showItemMenu(NodeID node, const QPoint& at)
+ItemMenu::Actions MainWindow::itemActions()
 {
-    const auto& result = m_model.result();
-    if (!result || m_model.runningScan() || node.value < 0 || node.value >= result->tree->count())
-        return;
     ItemMenu::Actions actions;
     actions.open = [this](NodeID folder) { m_model.open(folder); };
     actions.select = [this](NodeID item) { reveal(item); };
@@ -284,7 +330,37 @@ void MainWindow::showItemMenu(NodeID node, const QPoint& at)
             if (auto parent = current->tree->parent(item); parent && current->tree->parent(*parent))
                 reveal(*parent);
     };
-    ItemMenu::make(this, result->tree, node, std::move(actions))->popup(at);
+    actions.showInFileManager = [this](const QString& path) { m_fileManager->show(path); };
+    actions.openTerminal = [this](const QString& folder) {
+        if (!TerminalLauncher::open(folder))
+            statusBar()->showMessage(ViewTexts::noTerminal, 8000);
+    };
+    // A scan of its own, even of a folder the current scan holds, which choosing would open.
+    actions.scan = [this](const QString& folder) {
+        if (auto scope = ScopeResolver::resolve(folder.toStdString()))
+            m_model.scan(*scope);
+        else
+            statusBar()->showMessage(QString::fromStdString(std::string(scope.error().title())), 8000);
+    };
+    actions.addFavorite = [this](const QString& folder) {
+        m_favorites->add(folder.toStdString());
+        m_sidebar->refresh();
+    };
+    return actions;
+}
+
+QMenu* MainWindow::itemMenu(NodeID node)
+{
+    const auto& result = m_model.result();
+    if (!result || m_model.runningScan() || node.value < 0 || node.value >= result->tree->count())
+        return nullptr;
+    return ItemMenu::make(this, result->tree, node, itemActions());
+}
+
+void MainWindow::showItemMenu(NodeID node, const QPoint& at)
+{
+    if (QMenu* menu = itemMenu(node))
+        menu->popup(at);
 }
 
 void MainWindow::reveal(NodeID node)
@@ -317,6 +393,7 @@ QWidget* MainWindow::buildWorkspace()
     side->setHandleWidth(10);
     m_listOrChanges->addWidget(m_list);
     m_listOrChanges->addWidget(m_changes);
+    m_listOrChanges->addWidget(m_search);
     side->addWidget(card(m_listOrChanges, "card"));
     side->addWidget(card(m_inspector, "card"));
     side->setStretchFactor(0, 1);
@@ -424,6 +501,7 @@ void MainWindow::refresh()
     m_back->setEnabled(!scanning && !m_backStack.empty());
     m_forward->setEnabled(!scanning && !m_forwardStack.empty());
     m_up->setEnabled(!scanning && m_model.result() && m_model.openFolder() != NodeID::root());
+    m_home->setEnabled(m_up->isEnabled());
 }
 
 void MainWindow::showScan()
@@ -546,7 +624,9 @@ void MainWindow::updateLegend(const std::shared_ptr<const ColorMap>& colors, con
 
 void MainWindow::updateNavigation(const std::shared_ptr<const ScanTree>& tree, NodeID open)
 {
-    m_find->setScope(tree, open);
+    // Results of another scan name nodes that are not this one's.
+    if (m_search->tree() && m_search->tree() != tree)
+        showSearch(false);
     if (tree != m_navigationTree) {
         m_navigationTree = tree;
         m_backStack.clear();
@@ -596,6 +676,30 @@ void MainWindow::goUp()
         m_model.open(*parent);
 }
 
+void MainWindow::search(const QString& text)
+{
+    const auto& result = m_model.result();
+    if (!result || m_model.runningScan() || (text.trimmed().isEmpty() && m_listOrChanges->currentWidget() != m_search))
+        return;
+    showSearch(true);
+    // Below the folder open when the search started; choosing a result moves the map, not it.
+    NodeID below = m_search->tree() == result->tree && m_listOrChanges->currentWidget() == m_search ? m_searchRoot : m_model.openFolder();
+    m_searchRoot = below;
+    m_search->search(result->tree, below, text);
+}
+
+void MainWindow::showSearch(bool shown)
+{
+    if (shown) {
+        if (m_showChanges->isChecked())
+            showChanges(false);
+        m_listOrChanges->setCurrentWidget(m_search);
+    } else if (m_listOrChanges->currentWidget() == m_search) {
+        m_search->clear();
+        m_listOrChanges->setCurrentWidget(m_list);
+    }
+}
+
 void MainWindow::showChanges(bool shown)
 {
     m_showChanges->setChecked(shown);
@@ -628,6 +732,7 @@ void MainWindow::updateUnreadable()
     m_unreadableTree = tree;
     std::size_t issues = tree ? tree->issues().size() : 0;
     m_unreadable->setVisible(issues > 0);
+    m_showUnreadable->setEnabled(issues > 0);
     m_unreadable->setText(issues == 1 ? ViewTexts::unreadableOne : ViewTexts::unreadableCount(ViewFormat::count(static_cast<std::int64_t>(issues))));
 }
 

@@ -2,6 +2,7 @@
 
 #include "Geometry/VolumeCapacity.hpp"
 #include "History/HistoryEntry.hpp"
+#include "ItemMenu.hpp"
 #include "Scanning/NodeID.hpp"
 
 #include <QMainWindow>
@@ -14,6 +15,7 @@
 class QAction;
 class QComboBox;
 class QLabel;
+class QMenu;
 class QPushButton;
 class QStackedWidget;
 
@@ -26,12 +28,14 @@ class DailyScans;
 class ColorMap;
 class ColorMapStore;
 class Favorites;
+class FileManagerLink;
 class FindBar;
 class InspectorView;
 class ListPane;
 class MapLegend;
 class ScanTree;
 class SavedDayWindow;
+class SearchPane;
 class SettingsDialog;
 class SourceSidebar;
 class StartView;
@@ -66,11 +70,15 @@ public:
     [[nodiscard]] Breadcrumb* breadcrumb() const { return m_breadcrumb; }
     [[nodiscard]] QComboBox* colorModes() const { return m_colorModes; }
     [[nodiscard]] FindBar* findBar() const { return m_find; }
+    [[nodiscard]] SearchPane* searchPane() const { return m_search; }
     [[nodiscard]] QStackedWidget* pages() const { return m_pages; }
     [[nodiscard]] StartView* startView() const { return m_start; }
     [[nodiscard]] ChangesPane* changes() const { return m_changes; }
     [[nodiscard]] QAction* changesAction() const { return m_showChanges; }
     [[nodiscard]] QPushButton* unreadableButton() const { return m_unreadable; }
+    [[nodiscard]] FileManagerLink* fileManager() const { return m_fileManager; }
+    // The right-click menu of an item of the current scan; null while a scan runs.
+    QMenu* itemMenu(NodeID node);
     // Whether colours, the legend or the map's picture are still being worked out off the main
     // thread.
     [[nodiscard]] bool isBusy() const;
@@ -90,6 +98,8 @@ public:
     // The changes of a place from a saved day to now: at once when the place is on show, else
     // once a scan of it has ended.
     void compareWithDay(const QString& path, const HistoryEntry& day);
+    // The search pane in the list's place with the results of text, or the list back.
+    void search(const QString& text);
     void openUnreadable();
     void openFreeSpace(const QString& diskPath);
 
@@ -100,6 +110,7 @@ Q_SIGNALS:
 private:
     void buildToolbar();
     void buildMenus();
+    ItemMenu::Actions itemActions();
     // The menu of one item of the map or the list, at a point of the screen.
     void showItemMenu(NodeID node, const QPoint& at);
     // Opens the folder that holds node and selects it there.
@@ -117,6 +128,7 @@ private:
     void chooseFolder();
     void addFavorite();
     void showChanges(bool shown);
+    void showSearch(bool shown);
     void updateChanges();
     void updateUnreadable();
     std::optional<VolumeCapacity> capacityOf(const std::shared_ptr<const ScanTree>& tree);
@@ -147,6 +159,11 @@ private:
     ChangesPane* m_changes;
     QStackedWidget* m_listOrChanges;
     QPushButton* m_unreadable;
+    FileManagerLink* m_fileManager;
+    SearchPane* m_search;
+    NodeID m_searchRoot;
+    QAction* m_home = nullptr;
+    QAction* m_showUnreadable = nullptr;
     const ScanTree* m_unreadableTree = nullptr;
     SettingsDialog* m_settings = nullptr;
 

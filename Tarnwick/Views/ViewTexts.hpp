@@ -112,8 +112,30 @@ inline const QString openOnMap = QStringLiteral("Open on the Map");
 inline const QString showInInspector = QStringLiteral("Show in the Inspector");
 inline const QString openEnclosingFolder = QStringLiteral("Open the Folder That Holds It");
 inline const QString showInFileManager = QStringLiteral("Show in the File Manager");
+inline const QString openTerminalHere = QStringLiteral("Open Terminal Here");
+inline const QString scanThisFolder = QStringLiteral("Scan This Folder");
+inline const QString noTerminal = QStringLiteral("No terminal was found: set TERMINAL to the one you use.");
 inline const QString copyPath = QStringLiteral("Copy Path");
-inline const QString findPlaceholder = QStringLiteral("Find by name (Ctrl+F)");
+inline const QString findPlaceholder = QStringLiteral("Find (Ctrl+F)");
+inline const QString searchAnyKind = QStringLiteral("Files and folders");
+inline const QString searchFiles = QStringLiteral("Files");
+inline const QString searchFolders = QStringLiteral("Folders");
+inline const QString searchAnySize = QStringLiteral("Any size");
+inline QString searchAtLeast(const QString& size)
+{
+    return QStringLiteral("%1 or more").arg(size);
+}
+inline const QString searchAnyAge = QStringLiteral("Any age");
+inline QString searchUnchangedFor(int days)
+{
+    return days == 365 ? QStringLiteral("Unchanged for a year") : QStringLiteral("Unchanged for %1 days").arg(days);
+}
+inline const QString searchClose = QStringLiteral("Back to the list");
+inline const QString searchWhere = QStringLiteral("In");
+inline QString searchBelow(const QString& folder)
+{
+    return QStringLiteral("(below %1)").arg(folder);
+}
 inline const QString findNothingOpen = QStringLiteral("Nothing is open to search.");
 inline const QString findInvalid = QStringLiteral("The name pattern isn't valid.");
 inline QString findCount(std::int64_t count, const QString& size)
@@ -127,6 +149,16 @@ inline QString findCount(std::int64_t count, const QString& size)
 inline const QString fileMenu = QStringLiteral("&File");
 inline const QString editMenu = QStringLiteral("&Edit");
 inline const QString viewMenu = QStringLiteral("&View");
+inline const QString goMenu = QStringLiteral("&Go");
+inline const QString helpMenu = QStringLiteral("&Help");
+inline const QString home = QStringLiteral("Home");
+inline const QString freeSpaceMenu = QStringLiteral("Free Space…");
+inline const QString unreadablePlaces = QStringLiteral("Unreadable Places…");
+inline const QString commandLineHelp = QStringLiteral("Command Line Help");
+inline const QString aboutApp = QStringLiteral("About Tarnwick");
+inline const QString aboutText = QStringLiteral("Where your disk space went, and where it goes: a map of any folder or disk, "
+                                                "its history day by day, and the same answers on the command line.");
+inline const QString scanDisk = QStringLiteral("Scan Disk");
 inline const QString colorMenu = QStringLiteral("&Color By");
 inline const QString closeWindow = QStringLiteral("&Close Window");
 inline const QString find = QStringLiteral("&Find…");

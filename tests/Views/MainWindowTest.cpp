@@ -15,6 +15,7 @@
 #include "Views/InspectorView.hpp"
 #include "Views/ListPane.hpp"
 #include "Views/MainWindow.hpp"
+#include "Views/SearchPane.hpp"
 #include "Views/MapLegend.hpp"
 #include "Views/MapPalette.hpp"
 #include "Views/ChangesPane.hpp"
@@ -29,6 +30,9 @@
 #include <QAction>
 #include <QComboBox>
 #include <QImage>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTableWidget>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QTableView>
@@ -404,4 +408,114 @@ TEST_F(MainWindowTest, SettingsOpenOnTheirPage)
 }
 
 }
+}
+
+namespace tarnwick {
+namespace {
+
+QAction* menuAction(QMainWindow& window, const QString& menuTitle, const QString& text)
+{
+    for (QAction* menu : window.menuBar()->actions()) {
+        if (menu->text() != menuTitle || !menu->menu())
+            continue;
+        for (QAction* action : menu->menu()->actions()) {
+            if (action->text() == text)
+                return action;
+        }
+    }
+    return nullptr;
+}
+
+QAction* itemAction(QMenu& menu, const QString& text)
+{
+    for (QAction* action : menu.actions()) {
+        if (action->text() == text)
+            return action;
+    }
+    return nullptr;
+}
+
+}
+
+TEST_F(MainWindowTest, SearchFindsByNameKindSizeAndAgeAndAResultShowsOnTheMap)
+{
+    scan();
+    SearchPane& pane = *window->searchPane();
+    window->search(QStringLiteral("jpg"));
+    ASSERT_TRUE(pane.isVisible());
+    ASSERT_TRUE(pane.found());
+    EXPECT_EQ(pane.found()->matchCount, 2);
+    ASSERT_EQ(pane.results()->rowCount(), 2);
+
+    // A result opens its folder on the map and is selected there; the results stay.
+    pane.results()->selectRow(1);
+    NodeID chosen = pane.found()->items[1].node;
+    EXPECT_EQ(model->openFolder(), node("Photos"));
+    EXPECT_EQ(model->selection(), chosen);
+    EXPECT_EQ(window->map()->selection(), chosen);
+    EXPECT_EQ(pane.results()->rowCount(), 2);
+
+    // Kind and size: the files of 1 MB and more, whatever their names; age: none of them is old.
+    pane.kindPicker()->setCurrentIndex(pane.kindPicker()->findText(ViewTexts::searchFiles));
+    pane.sizePicker()->setCurrentIndex(1);
+    window->search(QString());
+    ASSERT_TRUE(pane.found());
+    std::set<NodeID> large;
+    for (const TreeSearch::Item& item : pane.found()->items)
+        large.insert(item.node);
+    EXPECT_EQ(large, (std::set<NodeID> { node("Movies/trip.mp4"), node("Movies/clip.mov"), node("backup.zip") }));
+    pane.agePicker()->setCurrentIndex(1);
+    window->search(QString());
+    EXPECT_EQ(pane.found()->matchCount, 0);
+
+    // Below the open folder only.
+    pane.agePicker()->setCurrentIndex(0);
+    Q_EMIT pane.closeRequested();
+    EXPECT_FALSE(pane.isVisible());
+    model->open(node("Movies"));
+    window->search(QStringLiteral("*"));
+    EXPECT_EQ(pane.found()->matchCount, 2);
+}
+
+TEST_F(MainWindowTest, MenuActionsAndKeysDriveTheModel)
+{
+    scan();
+    for (const QString& text : { ViewTexts::back, ViewTexts::forward, ViewTexts::up, ViewTexts::home })
+        EXPECT_TRUE(menuAction(*window, ViewTexts::goMenu, text)) << text.toStdString();
+    for (const QString& text : { ViewTexts::showChanges, ViewTexts::freeSpaceMenu, ViewTexts::unreadablePlaces })
+        EXPECT_TRUE(menuAction(*window, ViewTexts::viewMenu, text)) << text.toStdString();
+    EXPECT_TRUE(menuAction(*window, ViewTexts::helpMenu, ViewTexts::aboutApp));
+
+    NodeID movies = node("Movies");
+    model->open(movies);
+    menuAction(*window, ViewTexts::goMenu, ViewTexts::up)->trigger();
+    EXPECT_EQ(model->openFolder(), NodeID::root());
+    menuAction(*window, ViewTexts::goMenu, ViewTexts::back)->trigger();
+    EXPECT_EQ(model->openFolder(), movies);
+    menuAction(*window, ViewTexts::goMenu, ViewTexts::home)->trigger();
+    EXPECT_EQ(model->openFolder(), NodeID::root());
+    model->open(movies);
+    window->map()->setFocus();
+    QTest::keyClick(window->map(), Qt::Key_Backspace);
+    EXPECT_EQ(model->openFolder(), NodeID::root());
+
+    // Ctrl+3 is the third colour mode.
+    QTest::keyClick(window.get(), Qt::Key_3, Qt::ControlModifier);
+    EXPECT_EQ(model->colorMode(), allColorModes[2]);
+
+    // The item menu: favourites and a scan of the folder go to the sidebar and the model.
+    std::unique_ptr<QMenu> menu(window->itemMenu(node("Photos/one.jpg")));
+    ASSERT_TRUE(menu);
+    for (const QString& text : { ViewTexts::showInFileManager, ViewTexts::openTerminalHere, ViewTexts::copyPath })
+        EXPECT_TRUE(itemAction(*menu, text)) << text.toStdString();
+    itemAction(*menu, ViewTexts::addToFavorites)->trigger();
+    std::string photos = model->result()->tree->path(node("Photos"));
+    bool listed = false;
+    for (const SourceSidebar::Source& source : window->sidebar()->sources())
+        listed = listed || (source.kind == SourceSidebar::Kind::favorite && source.path == photos);
+    EXPECT_TRUE(listed);
+    itemAction(*menu, ViewTexts::scanThisFolder)->trigger();
+    ASSERT_TRUE(waitFor([&] { return !model->runningScan() && model->result() && model->result()->tree->rootPath() == photos; }));
+}
+
 }
