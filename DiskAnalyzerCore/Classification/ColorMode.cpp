@@ -16,7 +16,7 @@ constexpr std::array<Texts, allColorModes.size()> texts { {
     { "lastModified", "Last Modified", "modified" },
     { "created", "Created", "created" },
     { "caches", "Caches", "caches" },
-    { "hiddenFromFinder", "Hidden from Finder", "hidden" },
+    { "hiddenFromFinder", "Hidden", "hidden" },
     { "onDiskVsSize", "On Disk vs. Size", "ratio" },
 } };
 

@@ -14,7 +14,7 @@ inline constexpr std::string_view chosenDisksOption = "These disks:";
 inline constexpr std::string_view mostNotableOption
     = "The one that needs attention: a disk whose alert is exceeded, then the one that changed most, then the fullest";
 inline constexpr std::string_view eachOption = "Each disk";
-inline constexpr std::string_view noDisks = "No disks to show. Choose them with Customize Menu Bar…";
+inline constexpr std::string_view noDisks = "No disks to show. Choose them with Tray Settings…";
 
 // The words around a segment's values in its description.
 inline constexpr std::string_view free = "free";

@@ -325,7 +325,7 @@ inline const QString settings = QStringLiteral("Settings…");
 inline const QString settingsTitle = QStringLiteral("Tarnwick Settings");
 inline const QString alertsTab = QStringLiteral("Alerts");
 inline const QString dailyTab = QStringLiteral("Daily Snapshot");
-inline const QString menuBarTab = QStringLiteral("Menu Bar");
+inline const QString menuBarTab = QStringLiteral("Tray");
 inline const QString historyTab = QStringLiteral("History");
 inline const QString placeColumn = QStringLiteral("Place");
 inline const QString limitColumn = QStringLiteral("Limit");
@@ -415,7 +415,7 @@ inline const QString noDayOfHistory = QStringLiteral("No day snapshots yet.");
 // Tray.
 inline const QString openWindow = QStringLiteral("Open Tarnwick");
 inline const QString dailyMenuItem = QStringLiteral("Take a Snapshot of Disks Daily");
-inline const QString customizeMenuBar = QStringLiteral("Customize Menu Bar…");
+inline const QString customizeMenuBar = QStringLiteral("Tray Settings…");
 inline const QString quit = QStringLiteral("Quit Tarnwick");
 
 }
