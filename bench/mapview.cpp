@@ -15,6 +15,7 @@
 #include "Views/DesktopApp.hpp"
 #include "Views/MainWindow.hpp"
 #include "Views/FolderListModel.hpp"
+#include "Views/SearchPane.hpp"
 #include "Views/SunburstView.hpp"
 
 #include <QApplication>
@@ -127,6 +128,18 @@ int main(int argc, char** argv)
     }
     std::printf("widest folder: %d children\n", tree->childCount(widest));
     report("list of the widest folder", runs, [&] { list.setFolder(tree, widest); });
+    // The window's search, as the search pane runs it on the main thread.
+    auto now = std::chrono::system_clock::now();
+    SearchPane::Query byName;
+    byName.name = QStringLiteral("7");
+    report("search by name below the root", runs, [&] { (void)SearchPane::run(*tree, root, byName, now); });
+    SearchPane::Query filtered = byName;
+    filtered.name = QStringLiteral("*.docx");
+    filtered.kinds = { NodeKind::file };
+    filtered.minimumSize = 100'000;
+    filtered.unchangedDays = 30;
+    report("search by pattern, kind, size and age", runs, [&] { (void)SearchPane::run(*tree, root, filtered, now); });
+    report("search everything below the root", runs, [&] { (void)SearchPane::run(*tree, root, SearchPane::Query {}, now); });
     report("map of the widest folder: layout and paint", runs, [&] {
         map.showTree(tree, widest, std::nullopt);
         map.repaint();
