@@ -45,13 +45,12 @@ package: build
 bench: build
 	bash bench/run.sh $(BUILD)
 
-# The window rendered offscreen on a generated demo home folder, into docs/screenshots. The
-# picture of a running scan needs a folder large enough to catch it filling in: the
-# benchmarks' tree of 1,000,000 entries when it is there.
+# The window rendered offscreen on a generated demo home folder shown at /home/alex, into
+# docs/screenshots (see scripts/screenshots.sh). The picture of a running scan needs a folder
+# large enough to catch it filling in: the benchmarks' tree of 1,000,000 entries when it is there.
 SCREENSHOT_SCAN ?= $(wildcard $(or $(TARNWICK_BENCH_DIR),/var/tmp/tarnwick-bench)/tree-1m)
 screenshots: build
-	QT_QPA_PLATFORM=offscreen ./$(BUILD)/tarnwick_screenshots docs/screenshots $(BUILD)/screenshot-demo $(SCREENSHOT_SCAN)
-	@rm -rf $(BUILD)/screenshot-demo $(BUILD)/screenshot-demo.complete
+	bash scripts/screenshots.sh $(BUILD) docs/screenshots $(SCREENSHOT_SCAN)
 
 clean:
 	rm -rf $(BUILD)

@@ -100,6 +100,7 @@ public:
     void compareWithDay(const QString& path, const HistoryEntry& day);
     // The search pane in the list's place with the results of text, or the list back.
     void search(const QString& text);
+    void showSearch(bool shown);
     void openUnreadable();
     void openFreeSpace(const QString& diskPath);
 
@@ -128,7 +129,6 @@ private:
     void chooseFolder();
     void addFavorite();
     void showChanges(bool shown);
-    void showSearch(bool shown);
     void updateChanges();
     void updateUnreadable();
     std::optional<VolumeCapacity> capacityOf(const std::shared_ptr<const ScanTree>& tree);

@@ -79,6 +79,9 @@ SavedDayWindow::SavedDayWindow(std::string historyFolder, std::string path, std:
     split->addWidget(m_list);
     split->setStretchFactor(0, 3);
     split->setStretchFactor(1, 2);
+    // The list keeps room for its names beside a map that takes the rest.
+    m_list->setMinimumWidth(360);
+    split->setSizes({ 640, 440 });
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(6);

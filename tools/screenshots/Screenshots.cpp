@@ -22,6 +22,8 @@
 #include "Views/HistoryPage.hpp"
 #include "Views/MainWindow.hpp"
 #include "Views/MenuBarPage.hpp"
+#include "Views/SavedDayWindow.hpp"
+#include "Views/SearchPane.hpp"
 #include "Views/SettingsDialog.hpp"
 #include "Views/SunburstView.hpp"
 #include "Views/UnreadableSheet.hpp"
@@ -31,7 +33,10 @@
 #include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QMenu>
 #include <QMessageBox>
+#include <QPainter>
+#include <QTableWidget>
 #include <QTableView>
 #include <QThread>
 
@@ -97,6 +102,14 @@ bool saveHistoryPictures(MainWindow& window, AppModel& model, const std::string&
         return false;
 
     bool written = true;
+    // A week ago on the map, in its own window marked as a past day.
+    if (auto record = store.record(ScanRecorder::sourceFor(home)); record && !record->entries.empty()) {
+        SavedDayWindow* day = window.openSavedDay(QString::fromStdString(home), record->entries.front().id);
+        day->resize(1100, 720);
+        waitFor([&] { return !day->isLoading() && !day->map()->isDrawing(); });
+        written = save(*day, output, "past-day") && written;
+        day->close();
+    }
     window.changesAction()->trigger();
     window.changes()->setPeriod(HistoryPeriod::week);
     waitFor([&] { return !window.changes()->isLoading() && window.map()->changes() && !window.isBusy(); });
@@ -198,7 +211,8 @@ int main(int argc, char** argv)
     (void)defaults.set(DailyScans::lastPassKey, pass.toJSON());
     environment.dailyScans = &daily;
     MainWindow window(model, environment);
-    window.resize(1440, 900);
+    // The window's own default size.
+    window.resize(1280, 800);
     window.show();
     waitFor([] { return true; });
     bool written = save(window, output, "start");
@@ -227,6 +241,36 @@ int main(int argc, char** argv)
     waitFor([&] { return !window.isBusy(); });
     written = save(window, output, "folder") && written;
     model.open(NodeID::root());
+
+    // Search: the large files below the home, one of them chosen and shown on the map.
+    window.search(QStringLiteral("*"));
+    window.searchPane()->kindPicker()->setCurrentIndex(window.searchPane()->kindPicker()->findText(QStringLiteral("Files")));
+    window.searchPane()->sizePicker()->setCurrentIndex(3);
+    window.search(QString());
+    window.searchPane()->results()->selectRow(0);
+    waitFor([&] { return !window.isBusy(); });
+    written = save(window, output, "search") && written;
+    window.showSearch(false);
+    model.open(NodeID::root());
+
+    // The right-click menu of a folder on the map. A menu is a window of its own: it is drawn
+    // onto the picture of the main window where it opened.
+    if (auto pictures = tree.node(home + "/Pictures")) {
+        waitFor([&] { return !window.isBusy(); });
+        if (QMenu* menu = window.itemMenu(*pictures)) {
+            QPoint at = window.map()->mapTo(&window, QPoint(window.map()->width() / 2 + 40, window.map()->height() / 2 - 60));
+            menu->popup(window.mapToGlobal(at));
+            waitFor([] { return true; });
+            QPixmap picture = window.grab();
+            QPainter painter(&picture);
+            painter.drawPixmap(at, menu->grab());
+            painter.end();
+            menu->close();
+            QString path = output + "/item-menu.png";
+            written = picture.save(path) && written;
+            std::printf("screenshots: %s\n", qPrintable(path));
+        }
+    }
     written = saveHistoryPictures(window, model, home, environment.historyFolder, output) && written;
 
     if (argc == 4) {
