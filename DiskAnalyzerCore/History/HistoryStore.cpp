@@ -175,7 +175,13 @@ std::expected<bool, StoreError> HistoryStore::refreshLocked()
 
 void HistoryStore::rebuildLocked(StoreError problem, std::optional<HistoryFiles::FileSignature> damaged)
 {
-    m_index = HistoryRecovery::rebuild(m_directory, m_index);
+    // An index that could not be read leaves no kept marks behind; their copy has them.
+    Index previous = m_index;
+    for (const SourceRecord& record : HistoryRecovery::readKept(m_directory).sources) {
+        if (!previous.record(record.source))
+            previous.sources.push_back(record);
+    }
+    m_index = HistoryRecovery::rebuild(m_directory, previous);
     m_indexProblem = problem;
     m_damagedSignature = damaged;
     const bool missing = problem.reason == StoreError::Case::readFailed && problem.systemError == ENOENT;
@@ -225,6 +231,7 @@ std::expected<void, StoreError> HistoryStore::writeIndexLocked(const Index& inde
 {
     if (auto aside = setAsideDamagedIndexLocked(); !aside)
         return aside;
+    writeKeptLocked(index);
     auto written = HistoryFiles::writeAtomically(path(indexFileName), index.encoded());
     if (!written)
         return std::unexpected(StoreError::writeFailed(written.error()));
@@ -233,6 +240,21 @@ std::expected<void, StoreError> HistoryStore::writeIndexLocked(const Index& inde
     m_indexProblem.reset();
     m_damagedSignature.reset();
     return {};
+}
+
+// The kept marks and notes are the one thing of the index that the snapshot files cannot give
+// back, so they are written twice; kept.json is only read when index.json cannot be. It is
+// written before the index, and only when the marks changed, so most saves don't touch it.
+void HistoryStore::writeKeptLocked(const Index& index)
+{
+    Index kept = HistoryRecovery::keptOnly(index);
+    if (!m_keptWritten)
+        m_keptWritten = HistoryRecovery::readKept(m_directory);
+    if (m_keptWritten == kept)
+        return;
+    // A failure here leaves the marks in the index alone, as before this copy existed.
+    if (HistoryFiles::writeAtomically(path(keptFileName), kept.encoded()))
+        m_keptWritten = std::move(kept);
 }
 
 std::optional<StoreError> HistoryStore::indexProblem()

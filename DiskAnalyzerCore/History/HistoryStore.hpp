@@ -22,6 +22,8 @@ namespace tarnwick {
 //
 // Layout inside directory:
 //     index.json                the Index (below)
+//     kept.json                 the kept day snapshots and their notes, as an Index listing
+//                               only them: what a rebuild cannot read from the files
 //     .lock                     locked (flock) by a process while it changes the store
 //     {folder}/source.json      the place's HistorySource
 //     {folder}/current.snap     the place's latest snapshot
@@ -78,6 +80,7 @@ public:
     // The in-process form of the change notice that other processes see as a new index.json.
     static constexpr std::string_view didChangeNotification = "TarnwickHistoryDidChange";
     static constexpr std::string_view indexFileName = "index.json";
+    static constexpr std::string_view keptFileName = "kept.json";
     static constexpr std::string_view sourceFileName = "source.json";
     static constexpr std::string_view currentFileName = "current.snap";
     static constexpr std::string_view volumesFolderName = "Volumes";
@@ -245,6 +248,7 @@ private:
     void adoptUnlisted(Index& index, SourceRecord& record) const;
     Index withoutMissingFiles(Index index) const;
     std::expected<void, StoreError> writeIndexLocked(const Index& index);
+    void writeKeptLocked(const Index& index);
     std::expected<SourceRecord*, StoreError> recordForSaving(Index& index, const HistorySource& source) const;
     std::expected<HistoryEntry, StoreError> writeSnapshot(
         const SourceRecord& record, HistoryEntry entry, const std::vector<std::uint8_t>& bytes) const;
@@ -268,6 +272,7 @@ private:
     // Why m_index was rebuilt rather than read, while index.json on disk is not yet replaced.
     std::optional<StoreError> m_indexProblem;
     std::optional<HistoryFiles::FileSignature> m_damagedSignature; // of the damaged index.json to set aside
+    std::optional<Index> m_keptWritten; // what kept.json holds, once this process knows
     std::optional<std::string> m_recoveryNotice;
 
     std::mutex m_observerMutex; // guards the observers and m_saveError

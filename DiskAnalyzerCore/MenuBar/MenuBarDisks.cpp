@@ -73,7 +73,8 @@ std::optional<MenuBarDisks::Change> MenuBarDisks::changeSinceYesterday(const His
     if (auto located = HistoryPlaces::locate(*m_store, std::span(&source.path, 1), source.volume)) {
         auto compared = ChangeOverPeriod::of(*m_store, *located, HistoryPeriod::yesterday, 0);
         if (compared && compared->reachesPeriod && compared->startsEarlier())
-            change = Change { compared->changes.change, compared->changes.isUncertain };
+            change = Change { compared->changes.change, compared->changes.isUncertain,
+                compared->unreadableStart ? std::optional(compared->changes.from->date) : std::nullopt };
     }
     std::scoped_lock guard(m_lock);
     m_changes[key] = change;
@@ -132,6 +133,7 @@ std::vector<MenuBarDisk> MenuBarDisks::read(const std::vector<Disk>& disks)
         if (auto change = changeSinceYesterday(disk.source)) {
             item.change = change->bytes;
             item.changeIsUncertain = change->isUncertain;
+            item.changeSince = change->since;
         }
         item.isAlerted = isAlerted(disk, disks);
         if (disks.size() > 1)
