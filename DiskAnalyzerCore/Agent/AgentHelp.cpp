@@ -52,7 +52,7 @@ std::vector<TaskGroup> typicalTasks(std::string_view tool)
         { "What took space lately:",
             {
                 { prefix + "changes / --period week", {} },
-                { prefix + "changes ~/Library --period week", "follow the largest growth down, folder by folder" },
+                { prefix + "changes ~/.cache --period week", "follow the largest growth down, folder by folder" },
                 { prefix + "types ~/Library/Developer", "what kind of files they are" },
                 { prefix + "types ~/Library --by owner", "owners and their places" },
                 { prefix + "types ~/Projects --by ratio", "on disk / size and ratio extremes" },
@@ -180,7 +180,7 @@ std::string forCommand(const AgentCommands::Command& command, std::string_view t
     }
     if (command.name != "status" && command.name != "skill") {
         text += "\n";
-        text += command.needsApp ? "Works in the running app; starts it when it isn't running."
+        text += command.route == AgentCommands::Route::app ? "Works in the running app; starts it when it isn't running."
                                  : "Answers from the saved snapshots when the app isn't running.";
         text += "\n";
     }

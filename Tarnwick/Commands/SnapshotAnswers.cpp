@@ -24,15 +24,6 @@ constexpr std::array<std::pair<std::string_view, Handler>, 7> handlers { {
 
 }
 
-bool handles(std::string_view command)
-{
-    for (const auto& [name, handler] : handlers) {
-        if (name == command)
-            return true;
-    }
-    return false;
-}
-
 AgentResult answer(const AgentCommands::Request& request, const Context& context)
 {
     for (const auto& [name, handler] : handlers) {

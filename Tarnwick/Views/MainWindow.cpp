@@ -498,7 +498,7 @@ void MainWindow::showResult()
     m_colors->keepOnly({ tree.get() });
     updateNavigation(tree, open);
 
-    std::shared_ptr<const ColorMap> colors = m_colors->colors(tree, m_model.colorMode(), result.content);
+    std::shared_ptr<const ColorMap> colors = m_colors->colors(tree, m_model.colorMode(), result.content, result.owners);
     m_map->showTree(tree, open, open == NodeID::root() ? capacityOf(tree) : std::nullopt);
     m_map->setColors(colors);
     m_map->setSelection(selection);

@@ -46,7 +46,7 @@ TEST(AgentCommands, TableOrderAndWhatNeedsTheApp)
     std::string needingApp;
     for (const Command& command : table()) {
         names += command.name + " ";
-        if (command.needsApp)
+        if (command.route == AgentCommands::Route::app)
             needingApp += command.name + " ";
     }
     EXPECT_EQ(names, "status disks changes history types alerts add-alert remove-alert scan wait summary find show rescan skill ");

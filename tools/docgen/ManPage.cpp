@@ -81,7 +81,7 @@ std::string command(const AgentCommands::Command& command)
     }
     if (command.name != "status" && command.name != "skill") {
         text += ".PP\n";
-        text += command.needsApp ? "Works in the running app; starts it when it isn't running.\n"
+        text += command.route == AgentCommands::Route::app ? "Works in the running app; starts it when it isn't running.\n"
                                  : "Answers from the saved snapshots when the app isn't running.\n";
     }
     return text;
