@@ -53,10 +53,10 @@ std::vector<TaskGroup> typicalTasks(std::string_view tool)
             {
                 { prefix + "changes / --period week", {} },
                 { prefix + "changes ~/.cache --period week", "follow the largest growth down, folder by folder" },
-                { prefix + "types ~/Library/Developer", "what kind of files they are" },
-                { prefix + "types ~/Library --by owner", "owners and their places" },
+                { prefix + "types ~/.cache", "what kind of files they are" },
+                { prefix + "types ~/.local/share --by owner", "owners and their places" },
                 { prefix + "types ~/Projects --by ratio", "on disk / size and ratio extremes" },
-                { prefix + "show ~/Library --color owner", "show the same mode in the existing map" },
+                { prefix + "show ~/.local/share --color owner", "show the same mode in the existing map" },
             } },
         { "What takes space in a folder:",
             {
@@ -68,7 +68,7 @@ std::vector<TaskGroup> typicalTasks(std::string_view tool)
         { "Watch a disk or a folder:",
             {
                 { prefix + "add-alert / --fuller-than 90", "notify the user when the disk is 90 % full" },
-                { prefix + "add-alert ~/Library --grows-by 10G --period week", {} },
+                { prefix + "add-alert ~/.local/share --grows-by 10G --period week", {} },
                 { prefix + "alerts", "which alerts are set and which are exceeded" },
             } },
         { "What could be removed: scan and look as above, read inside the largest items to tell what they are and "
@@ -216,7 +216,7 @@ std::string skill(std::string_view tool)
           "For any map mode, run `types PATH --by MODE` (type, owner, modified, created, caches, hidden, ratio).\n"
           "It reports the window\u2019s groups, shares and largest places, including from an open snapshot.\n"
           "Use `show PATH --color MODE` to show that mode to the user; `summary PATH` adds brief place facts.\n"
-          "Examples: `types ~/Library --by owner --folders 3`, `types ~/Projects --by ratio`.\n"
+          "Examples: `types ~/.local/share --by owner --folders 3`, `types ~/Projects --by ratio`.\n"
           "Follow next_cursor with `--cursor N` for more groups.\n\n"
         + std::string(PlatformPhrases::sandboxSkillParagraph);
 }

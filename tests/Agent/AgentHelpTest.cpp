@@ -62,7 +62,7 @@ TEST(AgentHelp, CommandHelp)
         "PATH", "Folder or disk. Without it:",
         "--period PERIOD", "Since when: yesterday,",
         "--limit N", "How many changed items to list, 1 to 50; 15 by default.\n",
-        "tarnwick changes --period week\n", "tarnwick changes ~/Library --period month --limit 30\n",
+        "tarnwick changes --period week\n", "tarnwick changes ~/.cache --period month --limit 30\n",
         "Answers from the saved snapshots when the app isn't running.",
     });
     EXPECT_NE(text.back(), '\n');
