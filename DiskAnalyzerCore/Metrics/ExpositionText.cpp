@@ -93,7 +93,7 @@ std::string_view typeName(MetricFamily::Type type)
 
 std::string labelValue(std::string_view text)
 {
-    if (isUTF8(text))
+    if (isUTF8(text) && text.find('\\') == std::string_view::npos)
         return std::string(text);
     return withBytesWritten(text);
 }

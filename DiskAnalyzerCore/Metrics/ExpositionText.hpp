@@ -14,12 +14,13 @@
 //     tarnwick_place_size_bytes{path="/srv/a \"b\"\\c\nd",volume="3c1e0d2a"} 52000000000
 //
 // Label values are UTF-8 with backslash, double quote and line feed escaped as \\, \" and \n.
-// A path is bytes, not necessarily UTF-8; a byte that is not part of a UTF-8 character is
-// written as the four characters "\xff" and a backslash of such a path as "\\", so that the
-// label still names one path. No timestamps: the textfile collector refuses them.
+// A path is bytes, not necessarily UTF-8. One that is not, or that holds a backslash, has its
+// label value written with each stray byte as the four characters "\xff" and each backslash
+// doubled; any other path is its own label value. So every label names exactly one path, and
+// the common ones read as they are. No timestamps: the textfile collector refuses them.
 namespace tarnwick::ExpositionText {
 
-// The label value for a name or path: itself when it is UTF-8, else as described above.
+// The label value for a name or path, as described above.
 std::string labelValue(std::string_view text);
 
 // Every family with its HELP and TYPE lines, each line ended by a line feed. Within a family a
