@@ -9,6 +9,7 @@
 #include "DailyScans.hpp"
 #include "DiskSnapshot.hpp"
 #include "History/HistoryStore.hpp"
+#include "RepeatingTimer.hpp"
 #include "HistoryRecorder.hpp"
 #include "MainExecutor.hpp"
 #include "MetricsTextfile.hpp"
@@ -93,6 +94,11 @@ int runHoldingLock(const std::vector<std::string>& words)
         if (!store)
             SystemLog::write(SystemLog::Level::error, "history", "couldn't open the history: " + store.error().message());
         HistoryStore* history = store ? store->get() : nullptr;
+        // The command line and other apps save too: their saves reach this app's observers
+        // (the window, the tray, the alert watch) as its own do.
+        std::unique_ptr<RepeatingTimer> othersSaves;
+        if (history)
+            othersSaves = std::make_unique<RepeatingTimer>(std::chrono::seconds(2), std::chrono::seconds(1), [history] { history->reloadIfChanged(); });
         SpaceWatch::Options watchOptions;
         if (desktop) {
             // Where the tray can show notifications it does; until it exists they are logged.
@@ -143,7 +149,7 @@ int runHoldingLock(const std::vector<std::string>& words)
             status = 1;
             executor.stop();
         }
-        std::unique_ptr<DesktopHost::Window> window = desktop ? desktop->openWindow(model, dailyScans.get()) : nullptr;
+        std::unique_ptr<DesktopHost::Window> window = desktop ? desktop->openWindow(model, history, dailyScans.get()) : nullptr;
         if (window)
             tools.setWindow(window.get());
         executor.run();

@@ -314,6 +314,25 @@ std::expected<HistoryEntry, StoreError> HistoryStore::writeSnapshot(
 
 std::expected<HistoryStore::SourceRecord, StoreError> HistoryStore::save(const HistorySource& source, const SnapshotFiles& files)
 {
+    auto saved = saveWhole(source, files);
+    {
+        std::lock_guard guard(m_observerMutex);
+        m_saveError = saved ? std::nullopt : std::optional(saved.error());
+    }
+    // Observers hear of a failed save too: nothing changed, but the user should learn of it.
+    if (!saved)
+        notify();
+    return saved;
+}
+
+std::optional<HistoryStore::StoreError> HistoryStore::saveError()
+{
+    std::lock_guard guard(m_observerMutex);
+    return m_saveError;
+}
+
+std::expected<HistoryStore::SourceRecord, StoreError> HistoryStore::saveWhole(const HistorySource& source, const SnapshotFiles& files)
+{
     SourceRecord saved;
     {
         std::lock_guard guard(m_mutex);

@@ -67,7 +67,8 @@ namespace tarnwick {
 // that are not kept go first, whichever place they belong to; current and kept snapshots are
 // never dropped, so they alone may exceed it.
 //
-// Thread-safe; observers are called on the thread that made the change, after it is done.
+// Thread-safe; observers are called on the thread that made the change, after it is done,
+// and after a save that failed.
 class HistoryStore {
 public:
     static constexpr std::int64_t defaultSizeLimit = 200'000'000;
@@ -184,6 +185,8 @@ public:
     // appends the volume's line when the scan measured its volume, and posts the change
     // notice. Returns the place's record as saved. On failure nothing saved before changes.
     std::expected<SourceRecord, StoreError> save(const HistorySource& source, const SnapshotFiles& files);
+    // Why the latest save failed, until a later one succeeds; absent while saves succeed.
+    [[nodiscard]] std::optional<StoreError> saveError();
     // The bytes of an entry's file (the current entry or a day entry, by id).
     std::expected<std::vector<std::uint8_t>, StoreError> load(const HistorySource& source, std::int64_t entryID);
 
@@ -244,6 +247,7 @@ private:
     void sweep(const SourceRecord& record) const;
     template<typename Change>
     std::expected<void, StoreError> changeIndex(Change change);
+    std::expected<SourceRecord, StoreError> saveWhole(const HistorySource& source, const SnapshotFiles& files);
     void notify();
 
     std::string m_directory;
@@ -261,7 +265,8 @@ private:
     std::optional<HistoryFiles::FileSignature> m_damagedSignature; // of the damaged index.json to set aside
     std::optional<std::string> m_recoveryNotice;
 
-    std::mutex m_observerMutex;
+    std::mutex m_observerMutex; // guards the observers and m_saveError
+    std::optional<StoreError> m_saveError;
     std::vector<std::pair<ObserverID, Observer>> m_observers;
     ObserverID m_nextObserver = 1;
 };

@@ -3,11 +3,13 @@
 #include "Agent/AgentErrorCode.hpp"
 #include "Agent/AgentFormat.hpp"
 #include "Agent/EchoedText.hpp"
+#include "Support/Phrases.hpp"
 #include "Support/ByteFormat.hpp"
 #include "AgentPlaces.hpp"
 #include "History/HistoryChanges.hpp"
 #include "History/SnapshotLoader.hpp"
 #include "History/VolumeTimeline.hpp"
+#include "Platform/MountTable.hpp"
 #include "SnapshotPlaces.hpp"
 
 namespace tarnwick::SnapshotCommands {
@@ -50,7 +52,7 @@ AgentResult answerFor(const SizeHistory& history, std::size_t shown)
     if (first > 0)
         text += "\nThe latest " + std::to_string(shown) + " to fit 8 KB; " + std::to_string(first) + " earlier ones left out.";
     if (!history.located.isInLatest())
-        text += "\nIt is not in the latest snapshot, of " + SnapshotPlaces::localTime(history.located.current->date)
+        text += "\nIt is not in the latest snapshot, of " + Phrases::localTime(history.located.current->date)
             + ": deleted, moved or now under 10 MB.";
     JSONValue::Array points;
     for (std::size_t i = first; i < history.points.size(); ++i) {
@@ -72,14 +74,14 @@ AgentResult answerFor(const SizeHistory& history, std::size_t shown)
             size = AgentFormat::size(row.point->bytes, row.point->isIncomplete);
         }
         points.push_back(std::move(json));
-        text += "\n  " + SnapshotPlaces::localTime(row.date) + "  " + size;
+        text += "\n  " + Phrases::localTime(row.date) + "  " + size;
     }
     if (history.disk) {
         text += "\nAvailable space of the disk at the latest scan of each of the past " + std::to_string(VolumeTimeline::pastDays) + " days:";
         if (history.available.empty())
             text += "\n  none measured in that time.";
         for (const VolumeTimeline::Point& point : history.available)
-            text += "\n  " + SnapshotPlaces::localDay(point.date) + "  " + ByteFormat::format(point.available) + " of " + ByteFormat::format(point.total);
+            text += "\n  " + Phrases::localDay(point.date) + "  " + ByteFormat::format(point.available) + " of " + ByteFormat::format(point.total);
     }
     JSONValue::Object json {
         { "path", place },
@@ -106,7 +108,7 @@ AgentResult history(const Request& request, const Context& context)
     if (!located)
         return located.error();
 
-    SizeHistory history { std::move(*located), {}, SnapshotPlaces::mountAt(*path), {} };
+    SizeHistory history { std::move(*located), {}, MountTable::mountedAt(HistoryPlaces::pathForms(*path)), {} };
     std::vector<SnapshotLoader::Item> series = SnapshotLoader::series(*store, history.located.record);
     std::vector<std::shared_ptr<const Snapshot>> intact;
     for (const SnapshotLoader::Item& item : series) {

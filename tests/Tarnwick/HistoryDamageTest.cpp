@@ -1,7 +1,7 @@
 // Each file of the history damaged in each way, then read by each reader: an intact day
 // snapshot is never hidden, a damaged one is named, and no intact snapshot file disappears.
 #include "Agent/AgentFormat.hpp"
-#include "AlertReadings.hpp"
+#include "Alerts/AlertReadings.hpp"
 #include "History/HistoryTestSupport.hpp"
 #include "History/Snapshot.hpp"
 #include "History/SnapshotColors.hpp"

@@ -1,6 +1,6 @@
 #include "Alerts/SpaceAlertStore.hpp"
 #include "History/HistoryTestSupport.hpp"
-#include "MenuBarDisks.hpp"
+#include "MenuBar/MenuBarDisks.hpp"
 #include "History/PeriodChanges.hpp"
 #include "Platform/UserDefaults.hpp"
 #include "SavedScans.hpp"
