@@ -1,7 +1,8 @@
 #include "Metrics/HistoryMetrics.hpp"
 
-#include "History/HistoryChanges.hpp"
+#include "History/ChangeOverPeriod.hpp"
 #include "History/HistoryPeriod.hpp"
+#include "History/HistoryPlaces.hpp"
 #include "History/HistoryStore.hpp"
 #include "History/SnapshotLoader.hpp"
 #include "History/VolumeTimeline.hpp"
@@ -157,22 +158,23 @@ void Builder::addPlace(const HistoryStore::SourceRecord& record)
     std::optional<SnapshotLoader::Latest> latest = SnapshotLoader::latest(m_store, record);
     if (!latest)
         return;
-    const std::shared_ptr<const Snapshot>& to = latest->loaded.snapshot;
+    // The scanned place is the root of every snapshot of its record: found by the record, not
+    // by its path, which need not be UTF-8 for the matching of typed paths.
+    const std::shared_ptr<const Snapshot>& current = latest->loaded.snapshot;
+    const HistoryPlaces::Located located { record, current, latest->loaded.entry, latest->isCurrent,
+        latest->skipped, current->rootPath, current, latest->loaded.entry, 0 };
     Labels labels { { "path", record.source.path }, { "volume", record.source.volume } };
-    add(placeSize, labels, to->size(0));
-    add(placeSnapshotTime, labels, unixSeconds(latest->loaded.entry.date));
+    add(placeSize, labels, located.current->size(located.node));
+    add(placeSnapshotTime, labels, unixSeconds(located.latest.date));
     for (HistoryPeriod::Value period : changePeriods) {
-        std::optional<SnapshotLoader::Start> start = SnapshotLoader::start(m_store, record, period);
+        auto change = ChangeOverPeriod::of(m_store, located, period, 0);
         // A start that is the latest snapshot itself, or later than the period's start, would
         // tell the change over a shorter time as if it were the period's.
-        if (!start || !start->reachesPeriod || start->loaded.entry.date >= latest->loaded.entry.date)
-            continue;
-        auto changes = HistoryQueries::changes(start->loaded.snapshot, to, {}, 0);
-        if (!changes)
+        if (!change || !change->reachesPeriod || !change->startsEarlier())
             continue;
         Labels withPeriod = labels;
         withPeriod.emplace_back("period", std::string(periodLabel(period)));
-        add(placeChange, std::move(withPeriod), changes->change);
+        add(placeChange, std::move(withPeriod), change->changes.change);
     }
 }
 

@@ -1,6 +1,6 @@
 #include "MetricsTextfile.hpp"
 
-#include "AlertReadings.hpp"
+#include "Alerts/AlertReadings.hpp"
 #include "History/HistoryStore.hpp"
 #include "Metrics/ExpositionText.hpp"
 #include "Metrics/HistoryMetrics.hpp"
