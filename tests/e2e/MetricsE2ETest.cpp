@@ -177,7 +177,7 @@ TEST_F(MetricsE2E, PromtoolAcceptsTheMetricsOfAMonthUnderFakedDates)
     EXPECT_GT(sampleLines, 20u);
 }
 
-TEST_F(MetricsE2E, AWriteThatFailsSaysWhyAndLeavesTheFileAndSettingAsTheyWere)
+TEST_F(MetricsE2E, AFailedWriteUnderFakedDatesSaysWhyAndChangesNothing)
 {
     if (!std::filesystem::exists(fakeTimeLibrary))
         GTEST_SKIP() << "libfaketime is not installed";
