@@ -142,7 +142,7 @@ Command metrics()
         "the saved snapshots, without the app and without the 8 KB limit. With --write, also written as tarnwick.prom "
         "for node_exporter's textfile collector, and rewritten by Tarnwick after every snapshot it saves.",
         PathArgument::none(),
-        { { "--write", "write", Value::text(), "DIR",
+        { { "--write", "write", Value::folder(), "DIR",
             "Write DIR/tarnwick.prom now (replaced whole, never half-written) and keep it current after every "
             "snapshot; an empty DIR ('') stops that." } },
         false, { "metrics", "metrics --write /var/lib/prometheus/node-exporter" } };
