@@ -464,25 +464,39 @@ void HistoryStore::sweep(const SourceRecord& record) const
     }
 }
 
-std::expected<std::vector<std::uint8_t>, StoreError> HistoryStore::load(const HistorySource& source, std::int64_t entryID)
+std::expected<std::string, StoreError> HistoryStore::entryPath(const HistorySource& source, std::int64_t entryID)
 {
-    std::string file;
-    {
-        std::lock_guard guard(m_mutex);
-        (void)refreshLocked();
-        const SourceRecord* record = m_index.record(source);
-        if (!record)
-            return std::unexpected(StoreError::unknownEntry());
-        if (record->current && record->current->id == entryID) {
-            file = path(*record, record->current->file);
-        } else {
-            auto found = std::find_if(record->entries.begin(), record->entries.end(), [&](const HistoryEntry& e) { return e.id == entryID; });
-            if (found == record->entries.end())
-                return std::unexpected(StoreError::unknownEntry());
-            file = path(*record, found->file);
-        }
-    }
-    auto bytes = HistoryFiles::readWhole(file);
+    std::lock_guard guard(m_mutex);
+    (void)refreshLocked();
+    const SourceRecord* record = m_index.record(source);
+    if (!record)
+        return std::unexpected(StoreError::unknownEntry());
+    if (record->current && record->current->id == entryID)
+        return path(*record, record->current->file);
+    auto found = std::find_if(record->entries.begin(), record->entries.end(), [&](const HistoryEntry& e) { return e.id == entryID; });
+    if (found == record->entries.end())
+        return std::unexpected(StoreError::unknownEntry());
+    return path(*record, found->file);
+}
+
+std::expected<HistoryFiles::FileSignature, StoreError> HistoryStore::signature(const HistorySource& source, std::int64_t entryID)
+{
+    auto file = entryPath(source, entryID);
+    if (!file)
+        return std::unexpected(file.error());
+    auto signature = HistoryFiles::signature(*file);
+    if (!signature)
+        return std::unexpected(StoreError::unknownEntry());
+    return *signature;
+}
+
+std::expected<std::vector<std::uint8_t>, StoreError> HistoryStore::load(const HistorySource& source, std::int64_t entryID,
+    HistoryFiles::FileSignature* signature)
+{
+    auto file = entryPath(source, entryID);
+    if (!file)
+        return std::unexpected(file.error());
+    auto bytes = HistoryFiles::readWhole(*file, signature);
     if (!bytes) {
         // Thinned by another process since the index was read.
         if (bytes.error().error == ENOENT)

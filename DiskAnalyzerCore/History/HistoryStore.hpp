@@ -188,7 +188,11 @@ public:
     // Why the latest save failed, until a later one succeeds; absent while saves succeed.
     [[nodiscard]] std::optional<StoreError> saveError();
     // The bytes of an entry's file (the current entry or a day entry, by id).
-    std::expected<std::vector<std::uint8_t>, StoreError> load(const HistorySource& source, std::int64_t entryID);
+    // When asked, also gives the signature of the version read.
+    std::expected<std::vector<std::uint8_t>, StoreError> load(const HistorySource& source, std::int64_t entryID,
+        HistoryFiles::FileSignature* signature = nullptr);
+    // Which version of that file is on disk now, without reading it.
+    std::expected<HistoryFiles::FileSignature, StoreError> signature(const HistorySource& source, std::int64_t entryID);
 
     // Marks a day snapshot kept (or changes the note of a kept one). tooManyKept when
     // maxKept snapshots of the whole store are already kept.
@@ -233,6 +237,7 @@ private:
 
     std::string path(std::string_view relative) const;
     std::string path(const SourceRecord& record, std::string_view file) const;
+    std::expected<std::string, StoreError> entryPath(const HistorySource& source, std::int64_t entryID);
     std::expected<bool, StoreError> refreshLocked();
     void rebuildLocked(StoreError problem, std::optional<HistoryFiles::FileSignature> damaged);
     std::expected<void, StoreError> setAsideDamagedIndexLocked();

@@ -10,6 +10,7 @@
 #include "History/SnapshotLoader.hpp"
 #include "History/VolumeTimeline.hpp"
 #include "Platform/MountTable.hpp"
+#include "Platform/UserFolders.hpp"
 #include "SnapshotPlaces.hpp"
 
 namespace tarnwick::SnapshotCommands {
@@ -95,6 +96,38 @@ AgentResult answerFor(const SizeHistory& history, std::size_t shown)
     return AgentResult::success(text, JSONValue(json));
 }
 
+// The place's size at every snapshot. Each file is first read for the place alone; only
+// when some scan didn't read all of it are the snapshots read whole, to match its folders.
+bool readPoints(HistoryStore& store, SizeHistory& history)
+{
+    OutlineCache cache(UserFolders::cacheFolder() + "/history", store.directory(), history.located.record.folder, history.located.place);
+    std::vector<SnapshotLoader::OutlineItem> outlines = SnapshotLoader::outlineSeries(store, history.located.record, history.located.place, &cache);
+    std::vector<SnapshotOutline> intactOutlines;
+    for (const SnapshotLoader::OutlineItem& item : outlines) {
+        if (item.outline)
+            intactOutlines.push_back(*item.outline);
+    }
+    if (auto sizes = HistoryQueries::sizeHistory(intactOutlines)) {
+        std::size_t next = 0;
+        for (const SnapshotLoader::OutlineItem& item : outlines)
+            history.points.push_back(Row { item.entry.date, item.outline ? std::optional((*sizes)[next++]) : std::nullopt });
+        return true;
+    }
+    std::vector<SnapshotLoader::Item> series = SnapshotLoader::series(store, history.located.record);
+    std::vector<std::shared_ptr<const Snapshot>> intact;
+    for (const SnapshotLoader::Item& item : series) {
+        if (item.snapshot)
+            intact.push_back(item.snapshot);
+    }
+    std::vector<HistoryQueries::SizePoint> sizes = HistoryQueries::sizeHistory(intact, history.located.place);
+    if (sizes.size() != intact.size())
+        return false;
+    std::size_t next = 0;
+    for (const SnapshotLoader::Item& item : series)
+        history.points.push_back(Row { item.entry.date, item.snapshot ? std::optional(sizes[next++]) : std::nullopt });
+    return true;
+}
+
 }
 
 AgentResult history(const Request& request, const Context& context)
@@ -109,18 +142,8 @@ AgentResult history(const Request& request, const Context& context)
         return located.error();
 
     SizeHistory history { std::move(*located), {}, MountTable::mountedAt(HistoryPlaces::pathForms(*path)), {} };
-    std::vector<SnapshotLoader::Item> series = SnapshotLoader::series(*store, history.located.record);
-    std::vector<std::shared_ptr<const Snapshot>> intact;
-    for (const SnapshotLoader::Item& item : series) {
-        if (item.snapshot)
-            intact.push_back(item.snapshot);
-    }
-    std::vector<HistoryQueries::SizePoint> sizes = HistoryQueries::sizeHistory(intact, history.located.place);
-    if (sizes.size() != intact.size())
+    if (!readPoints(*store, history))
         return SnapshotPlaces::noHistory();
-    std::size_t next = 0;
-    for (const SnapshotLoader::Item& item : series)
-        history.points.push_back(Row { item.entry.date, item.snapshot ? std::optional(sizes[next++]) : std::nullopt });
     if (history.points.empty())
         return SnapshotPlaces::noHistory();
     if (history.disk) {

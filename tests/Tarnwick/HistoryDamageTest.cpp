@@ -1,5 +1,6 @@
 // Each file of the history damaged in each way, then read by each reader: an intact day
 // snapshot is never hidden, a damaged one is named, and no intact snapshot file disappears.
+#include "Agent/DataHome.hpp"
 #include "Agent/AgentFormat.hpp"
 #include "Alerts/AlertReadings.hpp"
 #include "History/HistoryTestSupport.hpp"
@@ -124,6 +125,9 @@ nlohmann::json structured(const AgentResult& result)
 // stands at noon that day. "grow" grows by 5 MB a day, "steady" stays, "small" is never kept.
 class HistoryDamageTest : public ::testing::Test {
 protected:
+    // The answers' caches go with the test, not into the user's.
+    fixtures::DataHome home;
+
     void SetUp() override
     {
         auto opened = open();
