@@ -12,6 +12,7 @@
 #include "RepeatingTimer.hpp"
 #include "HistoryRecorder.hpp"
 #include "MainExecutor.hpp"
+#include "MetricsTextfile.hpp"
 #include "Notifier.hpp"
 #include "Platform/AppLauncher.hpp"
 #include "Platform/FileLock.hpp"
@@ -109,10 +110,19 @@ int runHoldingLock(const std::vector<std::string>& words)
             };
         }
         SpaceWatch watch(history, watchOptions);
+        std::unique_ptr<MetricsTextfile> metrics;
+        if (store)
+            metrics = std::make_unique<MetricsTextfile>(**store, UserDefaults::standardPath());
+        // Every saved snapshot: the alerts are checked, then the metrics file shows the result.
+        auto snapshotSaved = [&watch, &metrics](const HistorySource& source) {
+            watch.snapshotSaved(source);
+            if (metrics)
+                metrics->snapshotSaved();
+        };
         std::unique_ptr<HistoryRecorder> recorder;
         if (store) {
             recorder = std::make_unique<HistoryRecorder>(
-                **store, [&watch](const HistorySource& source) { watch.snapshotSaved(source); },
+                **store, snapshotSaved,
                 [&desktop](const std::string& text) {
                     if (Notifier* notifier = desktop ? desktop->notifier() : nullptr)
                         notifier->notify("Tarnwick", text);
@@ -125,9 +135,12 @@ int runHoldingLock(const std::vector<std::string>& words)
         if (store) {
             std::error_code error;
             dailyScans = std::make_unique<DailyScans>(DailyScans::Services {
-                defaults, **store, DailyScans::systemDisks, [] { return PowerState::read(); }, DiskSnapshot::runner(**store, [&watch](const HistorySource& source) { watch.snapshotSaved(source); }),
+                defaults, **store, DailyScans::systemDisks, [] { return PowerState::read(); }, DiskSnapshot::runner(**store, snapshotSaved),
                 LoginItem::standardPath(), std::filesystem::read_symlink("/proc/self/exe", error).string() });
-            dailyScans->startIfEnabled();
+            if (std::find(words.begin(), words.end(), AppLauncher::dailySnapshotWord) != words.end())
+                dailyScans->startForService();
+            else
+                dailyScans->startIfEnabled();
         }
         AgentTools tools(model, executor, history, recorder.get());
         auto listener = AgentListener::startForApp([&tools](const AgentCommands::Request& request) { return tools.handle(request); }, {});

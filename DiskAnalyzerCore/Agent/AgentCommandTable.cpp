@@ -132,6 +132,22 @@ Command removeAlert()
         { "remove-alert 3f2a9c1e", "remove-alert ~/.cache" } };
 }
 
+Command metrics()
+{
+    return { "metrics", "The history's figures for Prometheus, in its text format: disks, scanned places, alerts.",
+        "Per disk that holds a scanned place: capacity, available and reserved bytes, seconds until full at the "
+        "current pace and how far back its history reaches; per scanned place (the roots of scans, not the folders inside, so "
+        "the series stay few): its size on disk and its change since yesterday, over a week and over a month; per "
+        "alert: whether it is exceeded. Names start with tarnwick_, in bytes and seconds. Always answered here, from "
+        "the saved snapshots, without the app and without the 8 KB limit. With --write, also written as tarnwick.prom "
+        "for node_exporter's textfile collector, and rewritten by Tarnwick after every snapshot it saves.",
+        PathArgument::none(),
+        { { "--write", "write", Value::folder(), "DIR",
+            "Write DIR/tarnwick.prom now (replaced whole, never half-written) and keep it current after every "
+            "snapshot; an empty DIR ('') stops that." } },
+        false, { "metrics", "metrics --write /var/lib/prometheus/node-exporter" } };
+}
+
 Command scan()
 {
     return { "scan", "Scans a folder or disk Tarnwick may read, or opens it if it is in the scan already.",
@@ -216,7 +232,7 @@ Command skill()
 const std::vector<Command>& table()
 {
     static const std::vector<Command> commands {
-        status(), disks(), changes(), history(), types(), alerts(), addAlert(), removeAlert(),
+        status(), disks(), changes(), history(), types(), alerts(), addAlert(), removeAlert(), metrics(),
         scan(), wait(), summary(), findCommand(), show(), rescan(), skill(),
     };
     return commands;

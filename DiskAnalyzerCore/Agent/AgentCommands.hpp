@@ -30,7 +30,8 @@ struct PathArgument {
 
 // The kind of an option's value.
 struct Value {
-    enum class Kind { integer, choice, text, size };
+    // folder is text that names a folder: parsed as text, completed with folder names.
+    enum class Kind { integer, choice, text, size, folder };
 
     struct Range {
         std::int64_t lowest = 0;
@@ -46,6 +47,7 @@ struct Value {
     static Value choice(std::vector<std::string> words) { return { Kind::choice, std::nullopt, std::move(words) }; }
     static Value text() { return { Kind::text, std::nullopt, {} }; }
     static Value size() { return { Kind::size, std::nullopt, {} }; }
+    static Value folder() { return { Kind::folder, std::nullopt, {} }; }
 };
 
 struct Option {

@@ -18,7 +18,7 @@ const std::vector<CommandGroup>& commandGroups()
 {
     static const std::vector<CommandGroup> groups {
         { "From the daily snapshots, no scan needed:", { "disks", "changes", "history", "types" } },
-        { "Monitoring, no scan needed:", { "alerts", "add-alert", "remove-alert" } },
+        { "Monitoring, no scan needed:", { "alerts", "add-alert", "remove-alert", "metrics" } },
         { "With a scan, in the app's window:", { "scan", "wait", "summary", "find", "show", "rescan" } },
         { "Other:", { "status", "skill" } },
     };

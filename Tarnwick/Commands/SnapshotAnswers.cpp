@@ -12,7 +12,7 @@ namespace {
 
 using Handler = AgentResult (*)(const AgentCommands::Request&, const Context&);
 
-constexpr std::array<std::pair<std::string_view, Handler>, 7> handlers { {
+constexpr std::array<std::pair<std::string_view, Handler>, 8> handlers { {
     { "disks", SnapshotCommands::disks },
     { "changes", SnapshotCommands::changes },
     { "history", SnapshotCommands::history },
@@ -20,6 +20,7 @@ constexpr std::array<std::pair<std::string_view, Handler>, 7> handlers { {
     { "alerts", SnapshotCommands::alerts },
     { "add-alert", SnapshotCommands::addAlert },
     { "remove-alert", SnapshotCommands::removeAlert },
+    { "metrics", SnapshotCommands::metrics },
 } };
 
 }
