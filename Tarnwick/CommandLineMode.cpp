@@ -46,9 +46,10 @@ int run(const std::string& programPath, const std::vector<std::string>& words)
         return AgentOutput::write(*local);
     const auto& request = std::get<AgentCommands::Invocation::Run>(invocation.value).request;
     OutputMode mode = request.json ? OutputMode::json : OutputMode::text;
-    // A scraper or a cron job reads the metrics: answered here from the files, however
-    // large, and never by starting the app.
-    if (request.command == "metrics")
+    // What the tool answers alone (the metrics a scraper or a cron job reads): here, from the
+    // files, however large, and never by starting the app.
+    const AgentCommands::Command* command = AgentCommands::find(request.command);
+    if (command && command->route == AgentCommands::Route::tool)
         return AgentOutput::write(AgentOutput::print(answerHere(request), mode));
     AgentResult result = AgentChannel::run(request, AgentChannel::defaultSetup(answerWithoutApp));
     return AgentOutput::write(AgentOutput::print(result, mode));

@@ -145,7 +145,7 @@ Command metrics()
         { { "--write", "write", Value::folder(), "DIR",
             "Write DIR/tarnwick.prom now (replaced whole, never half-written) and keep it current after every "
             "snapshot; an empty DIR ('') stops that." } },
-        false, { "metrics", "metrics --write /var/lib/prometheus/node-exporter" } };
+        Route::tool, { "metrics", "metrics --write /var/lib/prometheus/node-exporter" } };
 }
 
 Command scan()
