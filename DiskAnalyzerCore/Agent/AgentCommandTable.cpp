@@ -5,10 +5,6 @@ namespace tarnwick::AgentCommands {
 
 namespace {
 
-// The tool's name in the table's own texts; help and messages that name a command to run
-// use the name the tool was actually started by.
-constexpr std::string_view bareToolName = "tarnwick";
-
 std::string joined(std::span<const std::string_view> words)
 {
     std::string text;
@@ -151,10 +147,9 @@ Command metrics()
 Command scan()
 {
     return { "scan", "Scans a folder or disk Tarnwick may read, or opens it if it is in the scan already.",
-        "The map fills in as the scan goes; run wait, then summary. Without access the command fails with NO_ACCESS and "
-        "names the command that gives it: `" + PlatformPhrases::openCommand(bareToolName)
-            + " 'PATH'`, which opens the folder in Tarnwick, lets Tarnwick read it and starts the scan. The user may have "
-              "to confirm in Tarnwick or in " + std::string(PlatformPhrases::accessDialog) + ".",
+        "The map fills in as the scan goes; run wait, then summary. A place the user's permissions don't let Tarnwick "
+        "read fails with NO_ACCESS, naming the missing permission and the owner: the user may change it, or scan as a "
+        "user who may read it (sudo). Folders inside that can't be read are listed as unreadable, not fatal.",
         PathArgument::required("Folder or disk."), {}, Route::app, {} };
 }
 

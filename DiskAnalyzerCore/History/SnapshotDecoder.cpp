@@ -217,6 +217,20 @@ bool headerIsUsable(const Snapshot::Header& header, std::size_t recordBytes)
     return !header.timestamps || header.timestamps->size() == static_cast<std::size_t>(header.nodeCount);
 }
 
+// The body's JSON header, when it is one a body of this length can follow.
+std::optional<Snapshot::Header> readHeader(Varint::Reader& reader)
+{
+    std::optional<std::uint64_t> headerLength = reader.varint();
+    auto headerBytes = headerLength ? reader.bytes(*headerLength) : std::nullopt;
+    if (!headerBytes)
+        return std::nullopt;
+    std::optional<Snapshot::Header> header
+        = Snapshot::Header::parse(std::string_view(reinterpret_cast<const char*>(headerBytes->data()), headerBytes->size()));
+    if (!header || !headerIsUsable(*header, reader.remaining()))
+        return std::nullopt;
+    return header;
+}
+
 }
 
 // Follows one place through the records: the deepest node on its way matched so far, and the
@@ -277,13 +291,8 @@ struct OutlineSink {
 std::expected<Snapshot, Snapshot::DecodingError> decodeBody(std::span<const std::uint8_t> body, std::uint8_t version)
 {
     Varint::Reader reader(body);
-    std::optional<std::uint64_t> headerLength = reader.varint();
-    auto headerBytes = headerLength ? reader.bytes(*headerLength) : std::nullopt;
-    if (!headerBytes)
-        return std::unexpected(Error::damaged());
-    std::optional<Snapshot::Header> header
-        = Snapshot::Header::parse(std::string_view(reinterpret_cast<const char*>(headerBytes->data()), headerBytes->size()));
-    if (!header || !headerIsUsable(*header, reader.remaining()))
+    std::optional<Snapshot::Header> header = readHeader(reader);
+    if (!header)
         return std::unexpected(Error::damaged());
 
     const auto n = static_cast<std::size_t>(header->nodeCount);
@@ -326,13 +335,8 @@ std::expected<SnapshotOutline, Snapshot::DecodingError> outline(std::span<const 
     if (!body)
         return std::unexpected(body.error());
     Varint::Reader reader(*body);
-    std::optional<std::uint64_t> headerLength = reader.varint();
-    auto headerBytes = headerLength ? reader.bytes(*headerLength) : std::nullopt;
-    if (!headerBytes)
-        return std::unexpected(Error::damaged());
-    std::optional<Snapshot::Header> header
-        = Snapshot::Header::parse(std::string_view(reinterpret_cast<const char*>(headerBytes->data()), headerBytes->size()));
-    if (!header || !headerIsUsable(*header, reader.remaining()))
+    std::optional<Snapshot::Header> header = readHeader(reader);
+    if (!header)
         return std::unexpected(Error::damaged());
     SnapshotOutline result;
     result.date = header->date;

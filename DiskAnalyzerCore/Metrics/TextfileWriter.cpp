@@ -1,5 +1,7 @@
 #include "Metrics/TextfileWriter.hpp"
 
+#include "Platform/WholeWrite.hpp"
+
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -63,19 +65,6 @@ Failure failure(const std::string& folder, int error)
     return Failure { reason, folder, error };
 }
 
-bool writeAll(int descriptor, std::string_view text)
-{
-    while (!text.empty()) {
-        ssize_t count = ::write(descriptor, text.data(), text.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            return false;
-        text.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
-}
-
 }
 
 std::string Failure::message() const
@@ -115,7 +104,7 @@ std::expected<std::string, Failure> write(const std::string& folder, std::string
     int descriptor = ::mkostemp(temporary.data(), O_CLOEXEC);
     if (descriptor < 0)
         return std::unexpected(failure(folder, errno));
-    bool written = ::fchmod(descriptor, fileMode) == 0 && writeAll(descriptor, text) && ::fsync(descriptor) == 0;
+    bool written = ::fchmod(descriptor, fileMode) == 0 && writeWhole(descriptor, text) && ::fsync(descriptor) == 0;
     int error = errno;
     if (::close(descriptor) != 0 && written) {
         written = false;

@@ -198,9 +198,14 @@ std::string caveats(const Compared& compared)
     const Changes& changes = compared.over.changes;
     const HistoryPlaces::Located& located = compared.located;
     std::string text;
-    if (!located.latestIsCurrent && !located.skipped.empty())
-        text += "\nThe latest snapshot, of " + Phrases::localTime(located.skipped.front().date)
-            + ", couldn't be read, so this answers from the one of " + Phrases::localTime(changes.to->date) + ".";
+    if (!located.latestIsCurrent && !located.skipped.empty()) {
+        // The first scan of a day is saved twice, as the latest and as the day's snapshot.
+        if (Phrases::localTime(located.skipped.front().date) == Phrases::localTime(changes.to->date))
+            text += "\nThe latest snapshot's file couldn't be read, so this answers from its copy kept as that day's snapshot.";
+        else
+            text += "\nThe latest snapshot, of " + Phrases::localTime(located.skipped.front().date)
+                + ", couldn't be read, so this answers from the one of " + Phrases::localTime(changes.to->date) + ".";
+    }
     if (compared.over.unreadableStart)
         text += "\nThe snapshot of " + Phrases::localTime(compared.over.unreadableStart->date) + " couldn't be read, so this compares with the nearest one, of "
             + Phrases::localTime(changes.from->date) + ".";
