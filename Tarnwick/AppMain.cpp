@@ -9,8 +9,10 @@
 #include "DailyScans.hpp"
 #include "DiskSnapshot.hpp"
 #include "History/HistoryStore.hpp"
+#include "RepeatingTimer.hpp"
 #include "HistoryRecorder.hpp"
 #include "MainExecutor.hpp"
+#include "MetricsTextfile.hpp"
 #include "Notifier.hpp"
 #include "Platform/AppLauncher.hpp"
 #include "Platform/FileLock.hpp"
@@ -92,6 +94,11 @@ int runHoldingLock(const std::vector<std::string>& words)
         if (!store)
             SystemLog::write(SystemLog::Level::error, "history", "couldn't open the history: " + store.error().message());
         HistoryStore* history = store ? store->get() : nullptr;
+        // The command line and other apps save too: their saves reach this app's observers
+        // (the window, the tray, the alert watch) as its own do.
+        std::unique_ptr<RepeatingTimer> othersSaves;
+        if (history)
+            othersSaves = std::make_unique<RepeatingTimer>(std::chrono::seconds(2), std::chrono::seconds(1), [history] { history->reloadIfChanged(); });
         SpaceWatch::Options watchOptions;
         if (desktop) {
             // Where the tray can show notifications it does; until it exists they are logged.
@@ -103,10 +110,19 @@ int runHoldingLock(const std::vector<std::string>& words)
             };
         }
         SpaceWatch watch(history, watchOptions);
+        std::unique_ptr<MetricsTextfile> metrics;
+        if (store)
+            metrics = std::make_unique<MetricsTextfile>(**store, UserDefaults::standardPath());
+        // Every saved snapshot: the alerts are checked, then the metrics file shows the result.
+        auto snapshotSaved = [&watch, &metrics](const HistorySource& source) {
+            watch.snapshotSaved(source);
+            if (metrics)
+                metrics->snapshotSaved();
+        };
         std::unique_ptr<HistoryRecorder> recorder;
         if (store) {
             recorder = std::make_unique<HistoryRecorder>(
-                **store, [&watch](const HistorySource& source) { watch.snapshotSaved(source); },
+                **store, snapshotSaved,
                 [&desktop](const std::string& text) {
                     if (Notifier* notifier = desktop ? desktop->notifier() : nullptr)
                         notifier->notify("Tarnwick", text);
@@ -119,9 +135,12 @@ int runHoldingLock(const std::vector<std::string>& words)
         if (store) {
             std::error_code error;
             dailyScans = std::make_unique<DailyScans>(DailyScans::Services {
-                defaults, **store, DailyScans::systemDisks, [] { return PowerState::read(); }, DiskSnapshot::runner(**store, [&watch](const HistorySource& source) { watch.snapshotSaved(source); }),
+                defaults, **store, DailyScans::systemDisks, [] { return PowerState::read(); }, DiskSnapshot::runner(**store, snapshotSaved),
                 LoginItem::standardPath(), std::filesystem::read_symlink("/proc/self/exe", error).string() });
-            dailyScans->startIfEnabled();
+            if (std::find(words.begin(), words.end(), AppLauncher::dailySnapshotWord) != words.end())
+                dailyScans->startForService();
+            else
+                dailyScans->startIfEnabled();
         }
         AgentTools tools(model, executor, history, recorder.get());
         auto listener = AgentListener::startForApp([&tools](const AgentCommands::Request& request) { return tools.handle(request); }, {});
@@ -130,7 +149,7 @@ int runHoldingLock(const std::vector<std::string>& words)
             status = 1;
             executor.stop();
         }
-        std::unique_ptr<DesktopHost::Window> window = desktop ? desktop->openWindow(model, dailyScans.get()) : nullptr;
+        std::unique_ptr<DesktopHost::Window> window = desktop ? desktop->openWindow(model, history, dailyScans.get()) : nullptr;
         if (window)
             tools.setWindow(window.get());
         executor.run();

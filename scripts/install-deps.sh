@@ -17,6 +17,9 @@ packages=(
   # The package: its icons are drawn at build time; make test builds, validates and runs it,
   # and checks the manual page and the completions in the shells and man that read them.
   dpkg-dev file librsvg2-bin lintian desktop-file-utils appstream man-db bash-completion zsh fish
+  # The metrics: promtool checks the exposition text and the rule file, and a node exporter
+  # that a test starts itself serves the written file. No test uses their system services.
+  prometheus prometheus-node-exporter
 )
 # Not needed by the tests, so missing is not fatal: gdu and GNU time for the benchmark
 # comparison, hyperfine for the history timings, ccache to reuse compiled objects.
@@ -38,6 +41,16 @@ if [ "$(id -u)" -ne 0 ]; then
   sudo_cmd=(sudo)
 fi
 export DEBIAN_FRONTEND=noninteractive
+# Packages with a service (prometheus, its node exporter) start it from their postinst. In a
+# container without systemd that would be an init script's daemon nobody asked for, on ports
+# a test may want: while installing, the policy layer refuses every start, unless a policy is
+# already in place.
+policy=/usr/sbin/policy-rc.d
+if [ ! -d /run/systemd/system ] && [ ! -e "$policy" ]; then
+  printf '#!/bin/sh\n# Written by install-deps while it installs; removed when it ends.\nexit 101\n' | "${sudo_cmd[@]}" tee "$policy" >/dev/null
+  "${sudo_cmd[@]}" chmod 755 "$policy"
+  trap '"${sudo_cmd[@]}" rm -f "$policy"' EXIT
+fi
 echo "install-deps: installing ${missing[*]} ${missing_optional[*]}"
 "${sudo_cmd[@]}" apt-get update -q
 if [ ${#missing[@]} -gt 0 ]; then

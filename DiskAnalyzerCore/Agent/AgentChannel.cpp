@@ -90,7 +90,7 @@ AgentResult run(const AgentCommands::Request& request, const RunSetup& setup)
     if (std::optional<AgentResult> answer = send(request, setup.socketPath))
         return *answer;
     const AgentCommands::Command* command = AgentCommands::find(request.command);
-    if (command == nullptr || !command->needsApp) {
+    if (command == nullptr || command->route != AgentCommands::Route::app) {
         if (setup.answerWithoutApp)
             return setup.answerWithoutApp(request);
         return AgentResult::failure(AgentErrorCode::appNotRunning, AgentErrorCode::Messages::appNotRunning);

@@ -5,10 +5,6 @@ namespace tarnwick::AgentCommands {
 
 namespace {
 
-// The tool's name in the table's own texts; help and messages that name a command to run
-// use the name the tool was actually started by.
-constexpr std::string_view bareToolName = "tarnwick";
-
 std::string joined(std::span<const std::string_view> words)
 {
     std::string text;
@@ -30,7 +26,7 @@ Command status()
     return { "status", "What Tarnwick shows now and whether it is running.",
         "The scanned location, whether a scan is running, the open folder and the selection, and whether Tarnwick is "
         "waiting for the user.",
-        PathArgument::none(), {}, false, {} };
+        PathArgument::none(), {}, Route::status, {} };
 }
 
 Command disks()
@@ -40,7 +36,7 @@ Command disks()
         "Every disk Tarnwick lists, with its capacity and available space, whether Tarnwick may read it (whole disk, "
         "some folders or none), the days with snapshots, the change since yesterday and over the past month, and when "
         "the space runs out at the current pace. Needs no scan.",
-        PathArgument::none(), {}, false, {} };
+        PathArgument::none(), {}, Route::history, {} };
 }
 
 Command changes()
@@ -57,7 +53,7 @@ Command changes()
                     + ". yesterday by default. A period longer than the history starts from its first snapshot." },
             { "--limit", "limit", Value::integer(1, 50), "N", "How many changed items to list, 1 to 50; 15 by default." },
         },
-        false, { "changes --period week", "changes ~/Library --period month --limit 30" } };
+        Route::history, { "changes --period week", "changes ~/.cache --period month --limit 30" } };
 }
 
 Command history()
@@ -65,7 +61,7 @@ Command history()
     return { "history", "A folder's or disk's size at each snapshot, oldest first.",
         "Sizes comparable with today's: a snapshot that read less of the place doesn't count as growth. For a disk, also "
         "its available space at the latest scan of each of the past 30 days. Needs no scan.",
-        PathArgument::required("Folder or disk."), {}, false, { "history ~/Library/Developer" } };
+        PathArgument::required("Folder or disk."), {}, Route::history, { "history ~/.local/share" } };
 }
 
 Command types()
@@ -85,7 +81,7 @@ Command types()
                 "Groups per page, 1 to 100; 20 by default; may shrink to fit 8 KB." },
             { "--cursor", "cursor", Value::integer(0, 1'000'000), "N", "Next cursor from the previous page." },
         },
-        false, { "types ~/Library --by owner --folders 3", "types ~/Projects --by ratio", "types ~ --by hidden" } };
+        Route::history, { "types ~/.local/share --by owner --folders 3", "types ~/Projects --by ratio", "types ~ --by hidden" } };
 }
 
 Command alerts()
@@ -94,7 +90,7 @@ Command alerts()
         "Tarnwick notifies the user when a disk gets fuller than a percentage, or when a folder gets larger than a size "
         "or a share of its disk, or grows by more than a size over a period. A disk is checked every few minutes while "
         "Tarnwick runs; a folder with every snapshot of its disk. Needs no scan.",
-        PathArgument::none(), {}, false, {} };
+        PathArgument::none(), {}, Route::history, {} };
 }
 
 Command addAlert()
@@ -120,26 +116,41 @@ Command addAlert()
             { "--period", "period", Value::choice(words(periods)), "PERIOD",
                 "With --grows-by: " + joined(periods) + ". yesterday by default." },
         },
-        false,
-        { "add-alert / --fuller-than 90", "add-alert ~/Library/Developer/Xcode/DerivedData --larger-than 30G",
-            "add-alert ~/Library --grows-by 10G --period week" } };
+        Route::history,
+        { "add-alert / --fuller-than 90", "add-alert ~/.cache --larger-than 30G",
+            "add-alert ~/.local/share --grows-by 10G --period week" } };
 }
 
 Command removeAlert()
 {
     return { "remove-alert", "Removes an alert by its ID, or every alert of a folder or disk.",
-        "The ID is the one alerts prints.", PathArgument::required("The alert's ID, or a folder or disk."), {}, false,
-        { "remove-alert 3f2a9c1e", "remove-alert ~/Library" } };
+        "The ID is the one alerts prints.", PathArgument::required("The alert's ID, or a folder or disk."), {}, Route::history,
+        { "remove-alert 3f2a9c1e", "remove-alert ~/.cache" } };
+}
+
+Command metrics()
+{
+    return { "metrics", "The history's figures for Prometheus, in its text format: disks, scanned places, alerts.",
+        "Per disk that holds a scanned place: capacity, available and reserved bytes, seconds until full at the "
+        "current pace and how far back its history reaches; per scanned place (the roots of scans, not the folders inside, so "
+        "the series stay few): its size on disk and its change since yesterday, over a week and over a month; per "
+        "alert: whether it is exceeded. Names start with tarnwick_, in bytes and seconds. Always answered here, from "
+        "the saved snapshots, without the app and without the 8 KB limit. With --write, also written as tarnwick.prom "
+        "for node_exporter's textfile collector, and rewritten by Tarnwick after every snapshot it saves.",
+        PathArgument::none(),
+        { { "--write", "write", Value::folder(), "DIR",
+            "Write DIR/tarnwick.prom now (replaced whole, never half-written) and keep it current after every "
+            "snapshot; an empty DIR ('') stops that." } },
+        Route::tool, { "metrics", "metrics --write /var/lib/prometheus/node-exporter" } };
 }
 
 Command scan()
 {
     return { "scan", "Scans a folder or disk Tarnwick may read, or opens it if it is in the scan already.",
-        "The map fills in as the scan goes; run wait, then summary. Without access the command fails with NO_ACCESS and "
-        "names the command that gives it: `" + PlatformPhrases::openCommand(bareToolName)
-            + " 'PATH'`, which opens the folder in Tarnwick, lets Tarnwick read it and starts the scan. The user may have "
-              "to confirm in Tarnwick or in " + std::string(PlatformPhrases::accessDialog) + ".",
-        PathArgument::required("Folder or disk."), {}, true, {} };
+        "The map fills in as the scan goes; run wait, then summary. A place the user's permissions don't let Tarnwick "
+        "read fails with NO_ACCESS, naming the missing permission and the owner: the user may change it, or scan as a "
+        "user who may read it (sudo). Folders inside that can't be read are listed as unreadable, not fatal.",
+        PathArgument::required("Folder or disk."), {}, Route::app, {} };
 }
 
 Command wait()
@@ -148,7 +159,7 @@ Command wait()
         "Returns when the scan is done, when Tarnwick waits for the user, or at the timeout; run it again if the scan is "
         "still going. summary works on what has been found so far.",
         PathArgument::none(), { { "--timeout", "timeout_s", Value::integer(1, 600), "SECONDS", "1 to 600; 60 by default." } },
-        true, { "wait --timeout 300" } };
+        Route::app, { "wait --timeout 300" } };
 }
 
 Command summary()
@@ -160,7 +171,7 @@ Command summary()
         "capacity, available space and the used space the scan doesn't account for (snapshots, other volumes, places "
         "Tarnwick couldn't read); after a rescan, the size before it.",
         PathArgument::optional("Folder in the scan; the folder open in Tarnwick by default."),
-        { { "--limit", "limit", Value::integer(1, 100), "N", "How many items to list, 1 to 100; 20 by default." } }, true,
+        { { "--limit", "limit", Value::integer(1, 100), "N", "How many items to list, 1 to 100; 20 by default." } }, Route::app,
         { "summary ~/Projects --limit 30" } };
 }
 
@@ -178,11 +189,11 @@ Command findCommand()
                 "Only items whose scan date is older than this many days; folders use Last change inside across the "
                 "subtree. Unknown dates are excluded." },
             { "--name", "name", Value::text(), "PATTERN",
-                "Shell pattern for the item's name, such as '*.dmg'; case doesn't matter. Quote it." },
+                "Shell pattern for the item's name, such as '*.iso'; case doesn't matter. Quote it." },
             { "--limit", "limit", Value::integer(1, 100), "N", "1 to 100; 20 by default." },
             { "--cursor", "cursor", Value::text(), "CURSOR", "The next cursor from the previous page." },
         },
-        true, { "find ~ --min-size 1G", "find ~/Downloads --name '*.dmg' --older-than 90" } };
+        Route::app, { "find ~ --min-size 1G", "find ~/Downloads --name '*.iso' --older-than 90" } };
 }
 
 Command show()
@@ -192,13 +203,13 @@ Command show()
         PathArgument::required("Folder or file in the scan."),
         { { "--color", "color", Value::choice(words(mapModes)), "MODE",
             "Map mode: type, owner, modified, created, caches, hidden or ratio." } },
-        true, { "show ~/Library/Caches", "show ~/Library --color owner" } };
+        Route::app, { "show ~/.cache", "show ~/.local/share --color owner" } };
 }
 
 Command rescan()
 {
     return { "rescan", "Scans the current location again, for example after the user cleaned something up.",
-        "Run wait, then summary of the location: it reports the size before the rescan.", PathArgument::none(), {}, true,
+        "Run wait, then summary of the location: it reports the size before the rescan.", PathArgument::none(), {}, Route::app,
         {} };
 }
 
@@ -208,7 +219,7 @@ Command skill()
         "Save it once as ~/.agents/skills/tarnwick/SKILL.md, which Codex, Gemini CLI and other agents read, and link "
         "~/.claude/skills/tarnwick to that folder for Claude Code. If ~/.agents/skills/quillmere remains from the app's "
         "former name, remove it and that link.",
-        PathArgument::none(), {}, false, {} };
+        PathArgument::none(), {}, Route::tool, {} };
 }
 
 }
@@ -216,7 +227,7 @@ Command skill()
 const std::vector<Command>& table()
 {
     static const std::vector<Command> commands {
-        status(), disks(), changes(), history(), types(), alerts(), addAlert(), removeAlert(),
+        status(), disks(), changes(), history(), types(), alerts(), addAlert(), removeAlert(), metrics(),
         scan(), wait(), summary(), findCommand(), show(), rescan(), skill(),
     };
     return commands;

@@ -30,7 +30,8 @@ struct PathArgument {
 
 // The kind of an option's value.
 struct Value {
-    enum class Kind { integer, choice, text, size };
+    // folder is text that names a folder: parsed as text, completed with folder names.
+    enum class Kind { integer, choice, text, size, folder };
 
     struct Range {
         std::int64_t lowest = 0;
@@ -46,6 +47,7 @@ struct Value {
     static Value choice(std::vector<std::string> words) { return { Kind::choice, std::nullopt, std::move(words) }; }
     static Value text() { return { Kind::text, std::nullopt, {} }; }
     static Value size() { return { Kind::size, std::nullopt, {} }; }
+    static Value folder() { return { Kind::folder, std::nullopt, {} }; }
 };
 
 struct Option {
@@ -56,13 +58,21 @@ struct Option {
     std::string detail;      // shown in help, and in the error for a value it doesn't take
 };
 
+// Who answers a command, and so whether the app is started for it.
+enum class Route : std::uint8_t {
+    app,     // the running app's scan and window: the app is started when it isn't running
+    history, // the saved snapshots: the app when it runs, else the tool itself from the files
+    status,  // the app when it runs, else the tool says that it doesn't
+    tool,    // the tool alone, without asking the app
+};
+
 struct Command {
     std::string name;
     std::string summary;
     std::string detail;
     PathArgument path;
     std::vector<Option> options;
-    bool needsApp = false; // works on the app's scan and window, so the app is started for it
+    Route route = Route::history;
     std::vector<std::string> examples; // command lines without the tool's name
 
     [[nodiscard]] const Option* option(std::string_view flag) const;

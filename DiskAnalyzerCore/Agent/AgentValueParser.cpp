@@ -130,6 +130,7 @@ std::optional<std::string> parseValue(const Value& value, std::string_view word)
             return std::nullopt;
         return std::string(word);
     case Value::Kind::text:
+    case Value::Kind::folder:
         return std::string(word);
     case Value::Kind::size: {
         std::optional<std::int64_t> bytes = parseSize(word);

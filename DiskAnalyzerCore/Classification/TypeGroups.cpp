@@ -1,7 +1,7 @@
 #include "Classification/TypeGroups.hpp"
 
 #include "Classification/ModeBucketMaps.hpp"
-#include "Classification/OwnerIndex.hpp"
+#include "Classification/InstalledOwners.hpp"
 #include "Classification/OwnerPlaces.hpp"
 #include "Support/SaturatingMath.hpp"
 
@@ -65,11 +65,8 @@ std::string_view dateKey(DateGroup group)
 
 std::shared_ptr<const OwnerMap> ownersOf(const std::shared_ptr<const ScanTree>& tree)
 {
-    // The index of installed apps is read for this answer only: the tool has no session to
-    // keep it in, and the app passes the window's owners when it made them.
-    OwnerIndex index = OwnerIndex::build(ApplicationRoots::current());
-    OwnerPlaces places(index);
-    return std::make_shared<const OwnerMap>(OwnerMap::build(*tree, places));
+    // The app passes the owners it made with the scan; the tool attributes them here.
+    return std::make_shared<const OwnerMap>(OwnerMap::build(*tree, InstalledOwners::places()));
 }
 
 std::optional<ModeView> viewOf(const std::shared_ptr<const ScanTree>& tree, ColorMode mode, Maps& maps)

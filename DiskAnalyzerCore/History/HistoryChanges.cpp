@@ -217,4 +217,28 @@ std::vector<SizePoint> sizeHistory(std::span<const std::shared_ptr<const Snapsho
     return points;
 }
 
+std::optional<std::vector<SizePoint>> sizeHistory(std::span<const SnapshotOutline> outlines)
+{
+    if (outlines.empty())
+        return std::vector<SizePoint> {};
+    const bool allReadWhole = std::all_of(outlines.begin(), outlines.end(), [](const SnapshotOutline& outline) {
+        return outline.coversWhole && outline.readWholeBelow && !outline.needsWholeSnapshot;
+    });
+    if (!allReadWhole)
+        return std::nullopt;
+    const bool allHaveColors = std::all_of(outlines.begin(), outlines.end(), [](const SnapshotOutline& outline) { return outline.hasColors; });
+    const SizeBasis sizes = basisFor(allHaveColors);
+    std::vector<SizePoint> points;
+    points.reserve(outlines.size());
+    for (const SnapshotOutline& outline : outlines) {
+        SizePoint point { outline.date, 0 };
+        point.isKept = outline.node.has_value();
+        point.isIncomplete = outline.node && outline.isIncomplete;
+        if (outline.node)
+            point.bytes = sizes == SizeBasis::precise ? outline.preciseSize : outline.roundedSize;
+        points.push_back(point);
+    }
+    return points;
+}
+
 }

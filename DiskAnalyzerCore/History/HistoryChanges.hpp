@@ -3,10 +3,12 @@
 #include "Classification/ContentCategory.hpp"
 #include "Classification/TimeZone.hpp"
 #include "History/Snapshot.hpp"
+#include "History/SnapshotOutline.hpp"
 
 #include <cstdint>
 #include <expected>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -132,6 +134,11 @@ std::expected<Changes, ChangesError> changes(std::shared_ptr<const Snapshot> fro
 // show as growth (or shrinking). The latest point is its own size. Sizes are precise when
 // every snapshot has colours. A snapshot that does not keep the place counts 0 for it.
 std::vector<SizePoint> sizeHistory(std::span<const std::shared_ptr<const Snapshot>> snapshots, std::string_view place = {});
+
+// The same from outlines (oldest first, the latest last), when they are enough: when every
+// scan read all of the place, and found it by its exact names, nothing needs matching.
+// Absent otherwise, and then the snapshots must be read whole.
+std::optional<std::vector<SizePoint>> sizeHistory(std::span<const SnapshotOutline> outlines);
 
 // The comparison as text: a header line with the two dates ("yyyy-MM-dd HH:mm" in the given
 // zone), then tab-separated rows with sizes in MB (1 MB = 1,000,000 bytes).

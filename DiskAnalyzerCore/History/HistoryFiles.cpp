@@ -1,5 +1,7 @@
 #include "History/HistoryFiles.hpp"
 
+#include "Platform/WholeWrite.hpp"
+
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
@@ -28,21 +30,6 @@ FileSignature signatureOf(const struct stat& info)
 {
     return { static_cast<std::uint64_t>(info.st_dev), static_cast<std::uint64_t>(info.st_ino), info.st_size,
         info.st_mtim.tv_sec, info.st_mtim.tv_nsec };
-}
-
-bool writeAll(int descriptor, const std::uint8_t* data, std::size_t size)
-{
-    while (size > 0) {
-        ssize_t written = ::write(descriptor, data, size);
-        if (written < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        data += written;
-        size -= static_cast<std::size_t>(written);
-    }
-    return true;
 }
 
 // A rename is durable only once the folder that holds the name is flushed too.
@@ -78,7 +65,7 @@ std::expected<FileSignature, Failure> writeAtomically(const std::string& path, s
     if (descriptor < 0)
         return std::unexpected(Failure { path, errno });
     struct stat info {};
-    bool written = ::fchmod(descriptor, fileMode) == 0 && writeAll(descriptor, bytes.data(), bytes.size());
+    bool written = ::fchmod(descriptor, fileMode) == 0 && writeWhole(descriptor, bytes.data(), bytes.size());
     if (written && modifiedSeconds) {
         const struct timespec times[2] = { { 0, UTIME_OMIT }, { static_cast<time_t>(*modifiedSeconds), 0 } };
         written = ::futimens(descriptor, times) == 0;

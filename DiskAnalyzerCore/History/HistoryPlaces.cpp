@@ -1,6 +1,8 @@
 #include "History/HistoryPlaces.hpp"
 
 #include "History/SnapshotLoader.hpp"
+#include "Platform/VolumeIdentity.hpp"
+#include "Scanning/ScopeResolver.hpp"
 #include "Support/UnicodeNames.hpp"
 
 #include <algorithm>
@@ -85,6 +87,21 @@ std::optional<Located> locate(HistoryStore& store, std::span<const std::string> 
         }
     }
     return std::nullopt;
+}
+
+std::vector<std::string> pathForms(const std::string& path)
+{
+    std::vector<std::string> forms { path };
+    std::string real = ScopeResolver::realPath(path);
+    if (real != path)
+        forms.push_back(real);
+    return forms;
+}
+
+std::optional<Located> locate(HistoryStore& store, const std::string& path)
+{
+    std::vector<std::string> forms = pathForms(path);
+    return locate(store, forms, VolumeIdentity::identifier(forms.back()));
 }
 
 }

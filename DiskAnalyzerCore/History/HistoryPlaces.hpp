@@ -25,6 +25,10 @@ namespace HistoryPlaces {
 std::vector<HistoryStore::SourceRecord> holding(
     std::span<const HistoryStore::SourceRecord> records, std::string_view place, std::optional<std::string_view> volume = std::nullopt);
 
+// A place as typed and with its links resolved, when that differs: the forms a history may
+// know it by.
+std::vector<std::string> pathForms(const std::string& path);
+
 // A place found in the snapshots of a source.
 struct Located {
     HistoryStore::SourceRecord record;
@@ -48,6 +52,8 @@ struct Located {
 // Absent when no snapshot keeps it: the place was never scanned, is under 10 MB, or its
 // snapshots are unreadable.
 std::optional<Located> locate(HistoryStore& store, std::span<const std::string> pathForms, std::optional<std::string_view> volume = std::nullopt);
+// The same for a path, by its forms, on the volume that holds it.
+std::optional<Located> locate(HistoryStore& store, const std::string& path);
 
 }
 

@@ -61,7 +61,13 @@ std::optional<HistorySource> sourceOf(const std::string& folder, const std::vect
 
 void carryKeptMarks(HistoryStore::SourceRecord& record, const HistoryStore::Index& previous)
 {
+    // By place, or by folder when the place's source.json could not be read back.
     const HistoryStore::SourceRecord* old = previous.record(record.source);
+    if (!old) {
+        auto byFolder = std::find_if(previous.sources.begin(), previous.sources.end(),
+            [&](const HistoryStore::SourceRecord& each) { return each.folder == record.folder; });
+        old = byFolder != previous.sources.end() ? &*byFolder : nullptr;
+    }
     if (!old)
         return;
     for (HistoryEntry& entry : record.entries) {
@@ -223,6 +229,30 @@ bool hasPlaceFolders(const std::string& directory)
             return true;
     }
     return false;
+}
+
+HistoryStore::Index keptOnly(const HistoryStore::Index& index)
+{
+    HistoryStore::Index kept;
+    for (const HistoryStore::SourceRecord& record : index.sources) {
+        HistoryStore::SourceRecord marks { record.source, record.folder, {}, std::nullopt };
+        for (const HistoryEntry& entry : record.entries) {
+            if (entry.isKept)
+                marks.entries.push_back(entry);
+        }
+        if (!marks.entries.empty())
+            kept.sources.push_back(std::move(marks));
+    }
+    return kept;
+}
+
+HistoryStore::Index readKept(const std::string& directory)
+{
+    auto bytes = HistoryFiles::readWhole(directory + "/" + std::string(HistoryStore::keptFileName));
+    if (!bytes)
+        return {};
+    auto index = HistoryStore::Index::decode(std::string_view(reinterpret_cast<const char*>(bytes->data()), bytes->size()));
+    return index ? keptOnly(*index) : HistoryStore::Index {};
 }
 
 }

@@ -37,6 +37,11 @@ bool adoptUnlistedFolders(const std::string& directory, HistoryStore::Index& ind
 // what a save wrote before it was killed. Ids are taken from nextID.
 std::vector<HistoryEntry> unlisted(const std::string& folder, const HistoryStore::SourceRecord& record, std::int64_t& nextID);
 
+// The index's kept day snapshots only (places without one left out), as kept.json holds them.
+HistoryStore::Index keptOnly(const HistoryStore::Index& index);
+// kept.json of the store at directory; empty when it is missing or damaged.
+HistoryStore::Index readKept(const std::string& directory);
+
 // Whether directory holds a place folder with a source.json: a history, whether or not its
 // index is there.
 bool hasPlaceFolders(const std::string& directory);

@@ -175,7 +175,13 @@ std::expected<bool, StoreError> HistoryStore::refreshLocked()
 
 void HistoryStore::rebuildLocked(StoreError problem, std::optional<HistoryFiles::FileSignature> damaged)
 {
-    m_index = HistoryRecovery::rebuild(m_directory, m_index);
+    // An index that could not be read leaves no kept marks behind; their copy has them.
+    Index previous = m_index;
+    for (const SourceRecord& record : HistoryRecovery::readKept(m_directory).sources) {
+        if (!previous.record(record.source))
+            previous.sources.push_back(record);
+    }
+    m_index = HistoryRecovery::rebuild(m_directory, previous);
     m_indexProblem = problem;
     m_damagedSignature = damaged;
     const bool missing = problem.reason == StoreError::Case::readFailed && problem.systemError == ENOENT;
@@ -225,6 +231,7 @@ std::expected<void, StoreError> HistoryStore::writeIndexLocked(const Index& inde
 {
     if (auto aside = setAsideDamagedIndexLocked(); !aside)
         return aside;
+    writeKeptLocked(index);
     auto written = HistoryFiles::writeAtomically(path(indexFileName), index.encoded());
     if (!written)
         return std::unexpected(StoreError::writeFailed(written.error()));
@@ -233,6 +240,21 @@ std::expected<void, StoreError> HistoryStore::writeIndexLocked(const Index& inde
     m_indexProblem.reset();
     m_damagedSignature.reset();
     return {};
+}
+
+// The kept marks and notes are the one thing of the index that the snapshot files cannot give
+// back, so they are written twice; kept.json is only read when index.json cannot be. It is
+// written before the index, and only when the marks changed, so most saves don't touch it.
+void HistoryStore::writeKeptLocked(const Index& index)
+{
+    Index kept = HistoryRecovery::keptOnly(index);
+    if (!m_keptWritten)
+        m_keptWritten = HistoryRecovery::readKept(m_directory);
+    if (m_keptWritten == kept)
+        return;
+    // A failure here leaves the marks in the index alone, as before this copy existed.
+    if (HistoryFiles::writeAtomically(path(keptFileName), kept.encoded()))
+        m_keptWritten = std::move(kept);
 }
 
 std::optional<StoreError> HistoryStore::indexProblem()
@@ -313,6 +335,25 @@ std::expected<HistoryEntry, StoreError> HistoryStore::writeSnapshot(
 }
 
 std::expected<HistoryStore::SourceRecord, StoreError> HistoryStore::save(const HistorySource& source, const SnapshotFiles& files)
+{
+    auto saved = saveWhole(source, files);
+    {
+        std::lock_guard guard(m_observerMutex);
+        m_saveError = saved ? std::nullopt : std::optional(saved.error());
+    }
+    // Observers hear of a failed save too: nothing changed, but the user should learn of it.
+    if (!saved)
+        notify();
+    return saved;
+}
+
+std::optional<HistoryStore::StoreError> HistoryStore::saveError()
+{
+    std::lock_guard guard(m_observerMutex);
+    return m_saveError;
+}
+
+std::expected<HistoryStore::SourceRecord, StoreError> HistoryStore::saveWhole(const HistorySource& source, const SnapshotFiles& files)
 {
     SourceRecord saved;
     {
@@ -445,25 +486,39 @@ void HistoryStore::sweep(const SourceRecord& record) const
     }
 }
 
-std::expected<std::vector<std::uint8_t>, StoreError> HistoryStore::load(const HistorySource& source, std::int64_t entryID)
+std::expected<std::string, StoreError> HistoryStore::entryPath(const HistorySource& source, std::int64_t entryID)
 {
-    std::string file;
-    {
-        std::lock_guard guard(m_mutex);
-        (void)refreshLocked();
-        const SourceRecord* record = m_index.record(source);
-        if (!record)
-            return std::unexpected(StoreError::unknownEntry());
-        if (record->current && record->current->id == entryID) {
-            file = path(*record, record->current->file);
-        } else {
-            auto found = std::find_if(record->entries.begin(), record->entries.end(), [&](const HistoryEntry& e) { return e.id == entryID; });
-            if (found == record->entries.end())
-                return std::unexpected(StoreError::unknownEntry());
-            file = path(*record, found->file);
-        }
-    }
-    auto bytes = HistoryFiles::readWhole(file);
+    std::lock_guard guard(m_mutex);
+    (void)refreshLocked();
+    const SourceRecord* record = m_index.record(source);
+    if (!record)
+        return std::unexpected(StoreError::unknownEntry());
+    if (record->current && record->current->id == entryID)
+        return path(*record, record->current->file);
+    auto found = std::find_if(record->entries.begin(), record->entries.end(), [&](const HistoryEntry& e) { return e.id == entryID; });
+    if (found == record->entries.end())
+        return std::unexpected(StoreError::unknownEntry());
+    return path(*record, found->file);
+}
+
+std::expected<HistoryFiles::FileSignature, StoreError> HistoryStore::signature(const HistorySource& source, std::int64_t entryID)
+{
+    auto file = entryPath(source, entryID);
+    if (!file)
+        return std::unexpected(file.error());
+    auto signature = HistoryFiles::signature(*file);
+    if (!signature)
+        return std::unexpected(StoreError::unknownEntry());
+    return *signature;
+}
+
+std::expected<std::vector<std::uint8_t>, StoreError> HistoryStore::load(const HistorySource& source, std::int64_t entryID,
+    HistoryFiles::FileSignature* signature)
+{
+    auto file = entryPath(source, entryID);
+    if (!file)
+        return std::unexpected(file.error());
+    auto bytes = HistoryFiles::readWhole(*file, signature);
     if (!bytes) {
         // Thinned by another process since the index was read.
         if (bytes.error().error == ENOENT)

@@ -22,6 +22,8 @@ namespace tarnwick {
 //
 // Layout inside directory:
 //     index.json                the Index (below)
+//     kept.json                 the kept day snapshots and their notes, as an Index listing
+//                               only them: what a rebuild cannot read from the files
 //     .lock                     locked (flock) by a process while it changes the store
 //     {folder}/source.json      the place's HistorySource
 //     {folder}/current.snap     the place's latest snapshot
@@ -67,7 +69,8 @@ namespace tarnwick {
 // that are not kept go first, whichever place they belong to; current and kept snapshots are
 // never dropped, so they alone may exceed it.
 //
-// Thread-safe; observers are called on the thread that made the change, after it is done.
+// Thread-safe; observers are called on the thread that made the change, after it is done,
+// and after a save that failed.
 class HistoryStore {
 public:
     static constexpr std::int64_t defaultSizeLimit = 200'000'000;
@@ -77,6 +80,7 @@ public:
     // The in-process form of the change notice that other processes see as a new index.json.
     static constexpr std::string_view didChangeNotification = "TarnwickHistoryDidChange";
     static constexpr std::string_view indexFileName = "index.json";
+    static constexpr std::string_view keptFileName = "kept.json";
     static constexpr std::string_view sourceFileName = "source.json";
     static constexpr std::string_view currentFileName = "current.snap";
     static constexpr std::string_view volumesFolderName = "Volumes";
@@ -184,8 +188,14 @@ public:
     // appends the volume's line when the scan measured its volume, and posts the change
     // notice. Returns the place's record as saved. On failure nothing saved before changes.
     std::expected<SourceRecord, StoreError> save(const HistorySource& source, const SnapshotFiles& files);
+    // Why the latest save failed, until a later one succeeds; absent while saves succeed.
+    [[nodiscard]] std::optional<StoreError> saveError();
     // The bytes of an entry's file (the current entry or a day entry, by id).
-    std::expected<std::vector<std::uint8_t>, StoreError> load(const HistorySource& source, std::int64_t entryID);
+    // When asked, also gives the signature of the version read.
+    std::expected<std::vector<std::uint8_t>, StoreError> load(const HistorySource& source, std::int64_t entryID,
+        HistoryFiles::FileSignature* signature = nullptr);
+    // Which version of that file is on disk now, without reading it.
+    std::expected<HistoryFiles::FileSignature, StoreError> signature(const HistorySource& source, std::int64_t entryID);
 
     // Marks a day snapshot kept (or changes the note of a kept one). tooManyKept when
     // maxKept snapshots of the whole store are already kept.
@@ -230,6 +240,7 @@ private:
 
     std::string path(std::string_view relative) const;
     std::string path(const SourceRecord& record, std::string_view file) const;
+    std::expected<std::string, StoreError> entryPath(const HistorySource& source, std::int64_t entryID);
     std::expected<bool, StoreError> refreshLocked();
     void rebuildLocked(StoreError problem, std::optional<HistoryFiles::FileSignature> damaged);
     std::expected<void, StoreError> setAsideDamagedIndexLocked();
@@ -237,6 +248,7 @@ private:
     void adoptUnlisted(Index& index, SourceRecord& record) const;
     Index withoutMissingFiles(Index index) const;
     std::expected<void, StoreError> writeIndexLocked(const Index& index);
+    void writeKeptLocked(const Index& index);
     std::expected<SourceRecord*, StoreError> recordForSaving(Index& index, const HistorySource& source) const;
     std::expected<HistoryEntry, StoreError> writeSnapshot(
         const SourceRecord& record, HistoryEntry entry, const std::vector<std::uint8_t>& bytes) const;
@@ -244,6 +256,7 @@ private:
     void sweep(const SourceRecord& record) const;
     template<typename Change>
     std::expected<void, StoreError> changeIndex(Change change);
+    std::expected<SourceRecord, StoreError> saveWhole(const HistorySource& source, const SnapshotFiles& files);
     void notify();
 
     std::string m_directory;
@@ -259,9 +272,11 @@ private:
     // Why m_index was rebuilt rather than read, while index.json on disk is not yet replaced.
     std::optional<StoreError> m_indexProblem;
     std::optional<HistoryFiles::FileSignature> m_damagedSignature; // of the damaged index.json to set aside
+    std::optional<Index> m_keptWritten; // what kept.json holds, once this process knows
     std::optional<std::string> m_recoveryNotice;
 
-    std::mutex m_observerMutex;
+    std::mutex m_observerMutex; // guards the observers and m_saveError
+    std::optional<StoreError> m_saveError;
     std::vector<std::pair<ObserverID, Observer>> m_observers;
     ObserverID m_nextObserver = 1;
 };

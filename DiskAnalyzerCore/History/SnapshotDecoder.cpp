@@ -2,6 +2,7 @@
 
 #include "Compression/Lzfse.hpp"
 #include "History/SnapshotLayout.hpp"
+#include "History/SnapshotPaths.hpp"
 #include "History/Varint.hpp"
 #include "Support/UnicodeNames.hpp"
 
@@ -44,102 +45,119 @@ std::optional<std::int32_t> day(Varint::Reader& reader, std::int32_t origin)
     return static_cast<std::int32_t>(result);
 }
 
-bool readRests(Varint::Reader& reader, std::int64_t unit, std::vector<RestPart>& parts)
+// One record as the file has it, its sizes scaled to bytes.
+struct Record {
+    std::int32_t parent = -1;
+    NodeKind kind = NodeKind::directory;
+    std::uint8_t flags = 0;
+    std::int64_t bytes = 0;        // precise with colours (the node's unit), else rounded to the threshold
+    std::int64_t logicalDifference = 0; // with colours
+    std::span<const std::uint8_t> name;
+};
+
+// Reads the records after the header, checking every field as it goes, and hands each to
+// the sink: record() for the record, days() and rest() for a folder's day values and rests.
+// Every reader of snapshot files goes through here, so they agree on what is damaged.
+template <typename Sink>
+bool readRecords(Varint::Reader& reader, const Snapshot::Header& header, std::uint8_t version, Sink& sink)
 {
-    for (;;) {
-        std::optional<std::uint8_t> tag = reader.byte();
-        if (!tag)
-            return false;
-        if (*tag == SnapshotLayout::restListEnd)
-            return true;
-        auto mode = static_cast<RestMode>(*tag / 16);
-        auto key = static_cast<std::uint8_t>(*tag % 16);
-        if (!SnapshotLayout::isValidRestPart(mode, key))
-            return false;
-        std::optional<std::uint64_t> units = reader.varint();
-        std::optional<std::int64_t> bytes = units ? scaled(*units, unit) : std::nullopt;
-        if (!bytes)
-            return false;
-        parts.push_back(RestPart { mode, key, *bytes });
-    }
-}
-
-struct RecordReader {
-    Varint::Reader& reader;
-    Snapshot& snapshot;
-    std::int32_t dayOrigin;
-    bool withColors;
-    bool withDayValues; // version 6 with colours
-
-    bool read(std::size_t i)
-    {
+    const auto n = static_cast<std::size_t>(header.nodeCount);
+    const bool withColors = header.hasColors;
+    const bool withDayValues = withColors && version >= Snapshot::currentVersion;
+    for (std::size_t i = 0; i < n; ++i) {
         const auto node = static_cast<std::int32_t>(i);
-        if (!readParent(i))
-            return false;
+        Record record;
+        if (i == 0) {
+            if (reader.byte() != 0)
+                return false;
+        } else {
+            std::optional<std::uint64_t> distance = reader.varint();
+            if (!distance || *distance == 0 || *distance > i)
+                return false;
+            record.parent = static_cast<std::int32_t>(i - *distance);
+        }
         std::optional<std::uint8_t> kind = reader.byte();
         std::optional<std::uint8_t> flags = reader.byte();
         std::optional<std::uint64_t> units = reader.varint();
         if (!kind || *kind > static_cast<std::uint8_t>(NodeKind::other) || !flags || !units)
             return false;
-        snapshot.kinds[i] = static_cast<NodeKind>(*kind);
+        record.kind = static_cast<NodeKind>(*kind);
+        record.flags = *flags;
+        std::optional<std::int64_t> bytes = scaled(*units, withColors ? SnapshotLayout::sizeUnit(node) : header.threshold);
+        if (!bytes)
+            return false;
+        record.bytes = *bytes;
         if (withColors) {
-            snapshot.flags[i] = NodeFlags(*flags & SnapshotLayout::colorFlagMask);
-            snapshot.hidden[i] = (*flags & SnapshotLayout::hiddenBit) != 0;
-            std::optional<std::int64_t> precise = scaled(*units, SnapshotLayout::sizeUnit(node));
             std::optional<std::uint64_t> difference = reader.varint();
-            if (!precise || !difference)
+            if (!difference)
                 return false;
-            snapshot.preciseAllocated[i] = *precise;
-            snapshot.allocated[i] = *precise / snapshot.threshold * snapshot.threshold;
-            std::int64_t logicalDifference = Varint::unzigzag(*difference);
-            snapshot.logical[i] = static_cast<std::int64_t>(static_cast<std::uint64_t>(*precise) + static_cast<std::uint64_t>(logicalDifference));
-        } else {
-            snapshot.flags[i] = NodeFlags(*flags & SnapshotLayout::plainFlagMask);
-            std::optional<std::int64_t> rounded = scaled(*units, snapshot.threshold);
-            if (!rounded)
-                return false;
-            snapshot.allocated[i] = *rounded;
+            record.logicalDifference = Varint::unzigzag(*difference);
         }
         std::optional<std::uint64_t> nameLength = reader.varint();
         auto name = nameLength ? reader.bytes(*nameLength) : std::nullopt;
         if (!name)
             return false;
-        snapshot.names[i] = nameFrom(*name);
-        if (withColors)
-            snapshot.restContent.firstPart[i] = static_cast<std::int32_t>(snapshot.restContent.parts.size());
-        if (withDayValues && isContainer(snapshot.kinds[i]))
-            return readDaysAndRests(i);
-        return true;
-    }
-
-    bool readParent(std::size_t i)
-    {
-        if (i == 0) {
-            std::optional<std::uint8_t> marker = reader.byte();
-            snapshot.parents[0] = -1;
-            return marker == 0;
-        }
-        std::optional<std::uint64_t> distance = reader.varint();
-        if (!distance || *distance == 0 || *distance > i)
-            return false;
-        snapshot.parents[i] = static_cast<std::int32_t>(i - *distance);
-        return true;
-    }
-
-    bool readDaysAndRests(std::size_t i)
-    {
-        const auto node = static_cast<std::int32_t>(i);
-        std::optional<std::int32_t> lastChange = day(reader, dayOrigin);
-        std::optional<std::int32_t> oldest = day(reader, dayOrigin);
-        std::optional<std::int32_t> created = day(reader, dayOrigin);
+        record.name = *name;
+        sink.record(i, record);
+        if (!withDayValues || !isContainer(record.kind))
+            continue;
+        std::optional<std::int32_t> lastChange = day(reader, header.dayOrigin);
+        std::optional<std::int32_t> oldest = day(reader, header.dayOrigin);
+        std::optional<std::int32_t> created = day(reader, header.dayOrigin);
         if (!lastChange || !oldest || !created)
             return false;
-        snapshot.lastChangeDays[i] = *lastChange;
-        snapshot.oldestItemDays[i] = *oldest;
-        if (*created != Snapshot::unknownDay)
-            snapshot.ownCreationDays.emplace_back(node, *created);
-        return readRests(reader, SnapshotLayout::sizeUnit(node), snapshot.restContent.parts);
+        sink.days(i, *lastChange, *oldest, *created);
+        for (;;) {
+            std::optional<std::uint8_t> tag = reader.byte();
+            if (!tag)
+                return false;
+            if (*tag == SnapshotLayout::restListEnd)
+                break;
+            auto mode = static_cast<RestMode>(*tag / 16);
+            auto key = static_cast<std::uint8_t>(*tag % 16);
+            if (!SnapshotLayout::isValidRestPart(mode, key))
+                return false;
+            std::optional<std::uint64_t> restUnits = reader.varint();
+            std::optional<std::int64_t> restBytes = restUnits ? scaled(*restUnits, SnapshotLayout::sizeUnit(node)) : std::nullopt;
+            if (!restBytes)
+                return false;
+            sink.rest(RestPart { mode, key, *restBytes });
+        }
     }
+    return reader.atEnd();
+}
+
+// Fills a whole snapshot value.
+struct SnapshotSink {
+    Snapshot& snapshot;
+
+    void record(std::size_t i, const Record& record)
+    {
+        snapshot.parents[i] = record.parent;
+        snapshot.kinds[i] = record.kind;
+        if (snapshot.hasColors) {
+            snapshot.flags[i] = NodeFlags(record.flags & SnapshotLayout::colorFlagMask);
+            snapshot.hidden[i] = (record.flags & SnapshotLayout::hiddenBit) != 0;
+            snapshot.preciseAllocated[i] = record.bytes;
+            snapshot.allocated[i] = record.bytes / snapshot.threshold * snapshot.threshold;
+            snapshot.logical[i] = static_cast<std::int64_t>(static_cast<std::uint64_t>(record.bytes) + static_cast<std::uint64_t>(record.logicalDifference));
+            snapshot.restContent.firstPart[i] = static_cast<std::int32_t>(snapshot.restContent.parts.size());
+        } else {
+            snapshot.flags[i] = NodeFlags(record.flags & SnapshotLayout::plainFlagMask);
+            snapshot.allocated[i] = record.bytes;
+        }
+        snapshot.names[i] = nameFrom(record.name);
+    }
+
+    void days(std::size_t i, std::int32_t lastChange, std::int32_t oldest, std::int32_t created)
+    {
+        snapshot.lastChangeDays[i] = lastChange;
+        snapshot.oldestItemDays[i] = oldest;
+        if (created != Snapshot::unknownDay)
+            snapshot.ownCreationDays.emplace_back(static_cast<std::int32_t>(i), created);
+    }
+
+    void rest(const RestPart& part) { snapshot.restContent.parts.push_back(part); }
 };
 
 Snapshot emptySnapshot(const Snapshot::Header& header, std::size_t n)
@@ -199,51 +217,149 @@ bool headerIsUsable(const Snapshot::Header& header, std::size_t recordBytes)
     return !header.timestamps || header.timestamps->size() == static_cast<std::size_t>(header.nodeCount);
 }
 
+// The body's JSON header, when it is one a body of this length can follow.
+std::optional<Snapshot::Header> readHeader(Varint::Reader& reader)
+{
+    std::optional<std::uint64_t> headerLength = reader.varint();
+    auto headerBytes = headerLength ? reader.bytes(*headerLength) : std::nullopt;
+    if (!headerBytes)
+        return std::nullopt;
+    std::optional<Snapshot::Header> header
+        = Snapshot::Header::parse(std::string_view(reinterpret_cast<const char*>(headerBytes->data()), headerBytes->size()));
+    if (!header || !headerIsUsable(*header, reader.remaining()))
+        return std::nullopt;
+    return header;
 }
+
+}
+
+// Follows one place through the records: the deepest node on its way matched so far, and the
+// flags of everything in that node's subtree, which in pre-order is the run of nodes after it
+// whose parents are no earlier than it.
+struct OutlineSink {
+    SnapshotOutline& outline;
+    const std::vector<std::string_view>& components;
+    std::int64_t threshold;
+    std::int32_t deepest = -1;
+    std::size_t matched = 0;
+    bool inSubtree = false;
+
+    void record(std::size_t i, const Record& record)
+    {
+        const auto node = static_cast<std::int32_t>(i);
+        if (i == 0)
+            outline.rootSize = record.bytes;
+        const NodeFlags flags(record.flags & (outline.hasColors ? SnapshotLayout::colorFlagMask : SnapshotLayout::plainFlagMask));
+        if (inSubtree && record.parent < deepest)
+            inSubtree = false;
+        if (i == 0 || (record.parent == deepest && matched < components.size() && isNext(record.name))) {
+            if (i != 0)
+                ++matched;
+            deepest = node;
+            inSubtree = true;
+            outline.readWholeBelow = true;
+            if (matched == components.size()) {
+                outline.node = node;
+                outline.preciseSize = record.bytes;
+                outline.roundedSize = outline.hasColors ? record.bytes / threshold * threshold : record.bytes;
+                outline.isIncomplete = flags.contains(NodeFlag::incomplete);
+            }
+        }
+        if (inSubtree && (flags.contains(NodeFlag::incomplete) || flags.contains(NodeFlag::contentsUnread)))
+            outline.readWholeBelow = false;
+    }
+
+    bool isNext(std::span<const std::uint8_t> raw)
+    {
+        std::string_view name(reinterpret_cast<const char*>(raw.data()), raw.size());
+        std::string_view wanted = components[matched];
+        if (name == wanted)
+            return true;
+        // The full reader matches names exactly first, then normalised: a name that would
+        // only match so is left to it.
+        bool plain = std::all_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; })
+            && std::all_of(wanted.begin(), wanted.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+        if (!plain && UnicodeNames::normalized(nameFrom(raw)) == UnicodeNames::normalized(wanted))
+            outline.needsWholeSnapshot = true;
+        return false;
+    }
+
+    void days(std::size_t, std::int32_t, std::int32_t, std::int32_t) { }
+    void rest(const RestPart&) { }
+};
 
 std::expected<Snapshot, Snapshot::DecodingError> decodeBody(std::span<const std::uint8_t> body, std::uint8_t version)
 {
     Varint::Reader reader(body);
-    std::optional<std::uint64_t> headerLength = reader.varint();
-    auto headerBytes = headerLength ? reader.bytes(*headerLength) : std::nullopt;
-    if (!headerBytes)
-        return std::unexpected(Error::damaged());
-    std::optional<Snapshot::Header> header
-        = Snapshot::Header::parse(std::string_view(reinterpret_cast<const char*>(headerBytes->data()), headerBytes->size()));
-    if (!header || !headerIsUsable(*header, reader.remaining()))
+    std::optional<Snapshot::Header> header = readHeader(reader);
+    if (!header)
         return std::unexpected(Error::damaged());
 
     const auto n = static_cast<std::size_t>(header->nodeCount);
     Snapshot snapshot = emptySnapshot(*header, n);
-    const bool withDayValues = header->hasColors && version >= Snapshot::currentVersion;
-    RecordReader records { reader, snapshot, header->dayOrigin, header->hasColors, withDayValues };
     if (header->hasColors)
         snapshot.restContent.parts.reserve(4 * n);
-    for (std::size_t i = 0; i < n; ++i) {
-        if (!records.read(i))
-            return std::unexpected(Error::damaged());
-    }
+    SnapshotSink sink { snapshot };
+    if (!readRecords(reader, *header, version, sink))
+        return std::unexpected(Error::damaged());
     if (header->hasColors)
         snapshot.restContent.firstPart[n] = static_cast<std::int32_t>(snapshot.restContent.parts.size());
-    if (!reader.atEnd())
-        return std::unexpected(Error::damaged());
     if (version < Snapshot::currentVersion)
         takeDatesFromTimestamps(snapshot);
     return snapshot;
 }
 
-std::expected<Snapshot, Snapshot::DecodingError> decode(std::span<const std::uint8_t> bytes)
+namespace {
+
+std::expected<std::vector<std::uint8_t>, Snapshot::DecodingError> bodyOf(std::span<const std::uint8_t> bytes, std::uint8_t& version)
 {
     if (bytes.size() < SnapshotLayout::magic.size() || !std::equal(SnapshotLayout::magic.begin(), SnapshotLayout::magic.end(), bytes.begin()))
         return std::unexpected(Error::notASnapshot());
     if (bytes.size() < SnapshotLayout::prefixLength)
         return std::unexpected(Error::damaged());
-    const std::uint8_t version = bytes[SnapshotLayout::magic.size()];
+    version = bytes[SnapshotLayout::magic.size()];
     if (version != Snapshot::currentVersion && version != Snapshot::previousVersion)
         return std::unexpected(Error::unsupportedVersion(version));
     auto body = Lzfse::decode(bytes.subspan(SnapshotLayout::prefixLength), Snapshot::maximumBodySize);
     if (!body)
         return std::unexpected(Error::damaged());
+    return std::move(*body);
+}
+
+}
+
+std::expected<SnapshotOutline, Snapshot::DecodingError> outline(std::span<const std::uint8_t> bytes, std::string_view place)
+{
+    std::uint8_t version = 0;
+    auto body = bodyOf(bytes, version);
+    if (!body)
+        return std::unexpected(body.error());
+    Varint::Reader reader(*body);
+    std::optional<Snapshot::Header> header = readHeader(reader);
+    if (!header)
+        return std::unexpected(Error::damaged());
+    SnapshotOutline result;
+    result.date = header->date;
+    if (header->volumeTotal && header->volumeAvailable)
+        result.volume = Snapshot::Volume { *header->volumeTotal, *header->volumeAvailable };
+    result.hasColors = header->hasColors;
+    result.coversWhole = !header->coverage;
+    auto components = SnapshotPaths::components(header->rootPath, place);
+    static const std::vector<std::string_view> none;
+    OutlineSink sink { result, components ? *components : none, header->threshold };
+    if (!readRecords(reader, *header, version, sink))
+        return std::unexpected(Error::damaged());
+    if (!components)
+        result.node.reset();
+    return result;
+}
+
+std::expected<Snapshot, Snapshot::DecodingError> decode(std::span<const std::uint8_t> bytes)
+{
+    std::uint8_t version = 0;
+    auto body = bodyOf(bytes, version);
+    if (!body)
+        return std::unexpected(body.error());
     return decodeBody(*body, version);
 }
 

@@ -3,10 +3,13 @@
 #include "History/HistoryPeriod.hpp"
 #include "History/HistoryStore.hpp"
 #include "History/Snapshot.hpp"
+#include "History/OutlineCache.hpp"
+#include "History/SnapshotOutline.hpp"
 
 #include <expected>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 namespace tarnwick {
@@ -59,6 +62,16 @@ struct Item {
     std::shared_ptr<const Snapshot> snapshot;
 };
 std::vector<Item> series(HistoryStore& store, const HistoryStore::SourceRecord& record);
+
+// The same entries, each file read for one place only; outline is absent where series() has
+// no snapshot.
+struct OutlineItem {
+    HistoryEntry entry;
+    std::optional<SnapshotOutline> outline;
+};
+// With a cache, files read before are not read again, and what is read is added to it.
+std::vector<OutlineItem> outlineSeries(HistoryStore& store, const HistoryStore::SourceRecord& record, std::string_view place,
+    OutlineCache* cache = nullptr);
 
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -17,6 +18,8 @@ struct MenuBarDisk {
     bool changeIsUncertain = false;
     bool isAlerted = false; // one of the disk's alerts is exceeded
     std::optional<int> number;
+    // When yesterday's snapshot could not be read: the date of the one the change is from.
+    std::optional<std::chrono::system_clock::time_point> changeSince;
 
     bool operator==(const MenuBarDisk&) const = default;
 };

@@ -2,6 +2,7 @@
 
 #include "Support/Phrases.hpp"
 #include "Support/ByteFormat.hpp"
+#include "Support/Phrases.hpp"
 #include "MenuBar/MenuBarTexts.hpp"
 
 #include <algorithm>
@@ -33,6 +34,7 @@ MenuBarSegment segmentOf(const MenuBarDisk& disk, const MenuBarStyle& style, std
     if (style.showsChange && changeShows(disk, threshold)) {
         segment.change = disk.change;
         segment.changeIsUncertain = disk.changeIsUncertain;
+        segment.changeSince = disk.changeSince;
     }
     segment.isAlerted = disk.isAlerted;
     segment.number = disk.number;
@@ -147,7 +149,8 @@ std::string description(const MenuBarSegment& segment)
     if (segment.freeBytes)
         parts.push_back(ByteFormat::format(*segment.freeBytes) + " " + std::string(MenuBarTexts::free));
     if (segment.change)
-        parts.push_back(changeText(*segment.change, segment.changeIsUncertain) + " " + std::string(MenuBarTexts::sinceYesterday));
+        parts.push_back(changeText(*segment.change, segment.changeIsUncertain) + " "
+            + (segment.changeSince ? MenuBarTexts::sinceInstead(Phrases::localDay(*segment.changeSince)) : std::string(MenuBarTexts::sinceYesterday)));
     if (segment.isAlerted)
         parts.push_back(std::string(MenuBarTexts::alerted));
     std::string text = segment.name;

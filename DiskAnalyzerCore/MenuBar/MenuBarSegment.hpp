@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -17,6 +18,7 @@ struct MenuBarSegment {
     bool changeIsUncertain = false; // only with a shown change
     bool isAlerted = false;
     std::optional<int> number;
+    std::optional<std::chrono::system_clock::time_point> changeSince; // only with a shown change, as MenuBarDisk's
 
     [[nodiscard]] bool showsNothing() const { return !freeShare && !freeBytes && !change; }
     bool operator==(const MenuBarSegment&) const = default;

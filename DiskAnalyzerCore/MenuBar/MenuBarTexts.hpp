@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 // What the menu bar item and its settings say, word for word, in one place.
@@ -19,6 +20,11 @@ inline constexpr std::string_view noDisks = "No disks to show. Choose them with 
 // The words around a segment's values in its description.
 inline constexpr std::string_view free = "free";
 inline constexpr std::string_view sinceYesterday = "since yesterday";
+// When yesterday's snapshot could not be read and an earlier one stood in.
+inline std::string sinceInstead(const std::string& day)
+{
+    return "since " + day + " (yesterday's snapshot couldn't be read)";
+}
 inline constexpr std::string_view alerted = "an alert is exceeded";
 
 }

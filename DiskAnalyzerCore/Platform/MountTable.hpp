@@ -56,6 +56,11 @@ std::uint64_t fileSystemID(std::uint32_t major, std::uint32_t minor);
 // does not exist or the table cannot be read.
 std::optional<MountInfo> lookup(const std::string& path);
 
+// The mount whose mount point is exactly one of the forms of a path (as typed, with links
+// resolved): a disk given by its mount point. Absent for any folder inside one, and when the
+// table cannot be read.
+std::optional<MountEntry> mountedAt(const std::vector<std::string>& pathForms);
+
 // Whether the startup disk is split into a read-only system volume and a data volume at
 // "/System/Volumes/Data". Never on Linux, where "/" is an ordinary volume.
 bool hasSeparateDataVolume();

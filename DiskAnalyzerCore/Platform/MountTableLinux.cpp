@@ -222,4 +222,19 @@ std::vector<DiskMount> disks()
     });
 }
 
+std::optional<MountEntry> mountedAt(const std::vector<std::string>& pathForms)
+{
+    auto mounts = read();
+    if (!mounts)
+        return std::nullopt;
+    for (const std::string& form : pathForms) {
+        // Of mounts stacked on one mount point, the last listed is the one in sight.
+        for (auto it = mounts->rbegin(); it != mounts->rend(); ++it) {
+            if (it->mountPoint == form)
+                return *it;
+        }
+    }
+    return std::nullopt;
+}
+
 }

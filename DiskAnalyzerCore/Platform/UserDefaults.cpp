@@ -1,4 +1,5 @@
 #include "Platform/UserDefaults.hpp"
+#include "Platform/WholeWrite.hpp"
 
 #include "Platform/SystemLog.hpp"
 #include "Platform/UserFolders.hpp"
@@ -43,19 +44,6 @@ std::string folderOf(const std::string& path)
     if (slash == std::string::npos)
         return ".";
     return slash == 0 ? "/" : path.substr(0, slash);
-}
-
-bool writeAll(int fd, std::string_view bytes)
-{
-    while (!bytes.empty()) {
-        ssize_t written = ::write(fd, bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return false;
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
 }
 
 std::string errorText(int code)
@@ -243,7 +231,7 @@ std::expected<void, UserDefaults::WriteError> UserDefaults::writeLocked(const nl
 
     std::string text = settings.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
     struct stat status;
-    if (::fchmod(file.get(), 0600) != 0 || !writeAll(file.get(), text) || ::fsync(file.get()) != 0
+    if (::fchmod(file.get(), 0600) != 0 || !writeWhole(file.get(), text) || ::fsync(file.get()) != 0
         || ::fstat(file.get(), &status) != 0) {
         int code = errno;
         ::unlink(temporary.data());

@@ -12,6 +12,10 @@ std::string dataFolder();
 // $XDG_CONFIG_HOME/tarnwick, or ~/.config/tarnwick by the same rule. The settings live here.
 std::string configFolder();
 
+// $XDG_CACHE_HOME/tarnwick, or ~/.cache/tarnwick by the same rule. What can be made again
+// from the history lives here.
+std::string cacheFolder();
+
 // Creates the folder and the missing folders above it, each new one readable by this user
 // only. True when it exists afterwards.
 bool ensureFolder(const std::string& path);

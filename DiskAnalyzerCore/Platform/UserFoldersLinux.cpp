@@ -50,6 +50,11 @@ std::string configFolder()
     return tarnwickFolder("XDG_CONFIG_HOME", "/.config");
 }
 
+std::string cacheFolder()
+{
+    return tarnwickFolder("XDG_CACHE_HOME", "/.cache");
+}
+
 bool ensureFolder(const std::string& path)
 {
     if (path.empty())

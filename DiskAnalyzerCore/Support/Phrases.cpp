@@ -2,11 +2,29 @@
 
 #include "Support/ByteFormat.hpp"
 
+#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
 
 namespace tarnwick::Phrases {
+
+namespace {
+
+std::string dateText(std::chrono::system_clock::time_point date, const char* format, bool local)
+{
+    std::time_t seconds = std::chrono::system_clock::to_time_t(std::chrono::floor<std::chrono::seconds>(date));
+    std::tm parts {};
+    if (local)
+        localtime_r(&seconds, &parts);
+    else
+        gmtime_r(&seconds, &parts);
+    char buffer[40];
+    std::strftime(buffer, sizeof buffer, format, &parts);
+    return buffer;
+}
+
+}
 
 std::string size(std::int64_t bytes, bool lowerBound)
 {
@@ -31,12 +49,24 @@ std::string ratio(const std::optional<double>& ratio)
 
 std::string isoDateText(std::chrono::system_clock::time_point date)
 {
-    std::time_t seconds = std::chrono::system_clock::to_time_t(std::chrono::floor<std::chrono::seconds>(date));
-    std::tm parts {};
-    gmtime_r(&seconds, &parts);
-    char buffer[32];
-    std::strftime(buffer, sizeof buffer, "%Y-%m-%dT%H:%M:%SZ", &parts);
-    return buffer;
+    return dateText(date, "%Y-%m-%dT%H:%M:%SZ", false);
+}
+
+std::string signedSize(std::int64_t change, bool uncertain)
+{
+    std::string sign = change < 0 ? "-" : "+";
+    std::int64_t magnitude = change < 0 ? (change == INT64_MIN ? INT64_MAX : -change) : change;
+    return (uncertain ? "≈" : "") + sign + ByteFormat::format(magnitude);
+}
+
+std::string localTime(std::chrono::system_clock::time_point date)
+{
+    return dateText(date, "%Y-%m-%d %H:%M", true);
+}
+
+std::string localDay(std::chrono::system_clock::time_point date)
+{
+    return dateText(date, "%Y-%m-%d", true);
 }
 
 }

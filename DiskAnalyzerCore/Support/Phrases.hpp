@@ -19,6 +19,12 @@ std::string percent(double share);
 std::string ratio(const std::optional<double>& ratio);
 // ISO 8601 in UTC ("2026-11-21T06:30:00Z").
 std::string isoDateText(std::chrono::system_clock::time_point date);
+// A change with its sign: "+1.20 GB", "-300 MB", "≈+40.0 MB" when one of the two scans
+// didn't read all of it.
+std::string signedSize(std::int64_t change, bool uncertain = false);
+// Local time as people read it, "2024-05-31 18:02", and the day alone, "2024-05-31".
+std::string localTime(std::chrono::system_clock::time_point date);
+std::string localDay(std::chrono::system_clock::time_point date);
 
 }
 

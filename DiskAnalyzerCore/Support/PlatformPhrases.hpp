@@ -11,15 +11,11 @@ namespace tarnwick::PlatformPhrases {
 // macOS: "this Mac".
 inline constexpr std::string_view thisComputer = "this computer";
 
-// macOS: "open -a Tarnwick". Opens a folder in the app, which lets Tarnwick read it and
-// starts the scan; the entry point reads "--open" as "start the app".
+// Opens a folder in the running app's window (starting the app when needed) and scans it.
 inline std::string openCommand(std::string_view tool)
 {
     return std::string(tool) + " --open";
 }
-
-// macOS: "a macOS dialog", where the user confirms access to a folder.
-inline constexpr std::string_view accessDialog = "a system dialog";
 
 // macOS: "a macOS notification".
 inline constexpr std::string_view notification = "a desktop notification";

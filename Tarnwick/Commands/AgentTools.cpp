@@ -60,7 +60,8 @@ AgentResult AgentTools::handleChecked(const Request& request)
 {
     if (request.command == "wait")
         return waitForScan(request);
-    if (SnapshotAnswers::handles(request.command)) {
+    const AgentCommands::Command* command = AgentCommands::find(request.command);
+    if (command && command->route == AgentCommands::Route::history) {
         SnapshotAnswers::Context context = m_executor.runAndWait<SnapshotAnswers::Context>([&] { return snapshotContext(); });
         return SnapshotAnswers::answer(request, context);
     }
@@ -136,6 +137,7 @@ SnapshotAnswers::Context AgentTools::snapshotContext() const
     if (const auto& result = m_model.result()) {
         context.tree = result->tree;
         context.content = result->content;
+        context.owners = result->owners;
         context.openFolder = result->tree->path(m_model.openFolder());
     }
     return context;

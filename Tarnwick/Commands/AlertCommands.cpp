@@ -5,7 +5,7 @@
 #include "Agent/EchoedText.hpp"
 #include "AgentMessages.hpp"
 #include "AgentPlaces.hpp"
-#include "AlertReadings.hpp"
+#include "Alerts/AlertReadings.hpp"
 #include "Alerts/AlertPeriods.hpp"
 #include "Alerts/AlertTexts.hpp"
 #include "Platform/UserDefaults.hpp"
@@ -262,7 +262,7 @@ AgentResult removeAlert(const Request& request, const Context&)
         auto path = AgentPlaces::expand(argument);
         if (!path)
             return path.error();
-        names = SnapshotPlaces::pathForms(*path);
+        names = HistoryPlaces::pathForms(*path);
     }
     UserDefaults defaults(UserDefaults::standardPath());
     SpaceAlertStore store(defaults);

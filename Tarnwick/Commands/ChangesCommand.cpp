@@ -3,11 +3,12 @@
 #include "Agent/AgentErrorCode.hpp"
 #include "Agent/AgentFormat.hpp"
 #include "Agent/EchoedText.hpp"
+#include "Support/Phrases.hpp"
 #include "Support/ByteFormat.hpp"
 #include "AgentPlaces.hpp"
 #include "Classification/ContentCategory.hpp"
 #include "History/HistoryChanges.hpp"
-#include "History/SnapshotLoader.hpp"
+#include "History/ChangeOverPeriod.hpp"
 #include "Platform/MountTable.hpp"
 #include "SnapshotPlaces.hpp"
 #include "Support/UnicodeNames.hpp"
@@ -27,47 +28,18 @@ constexpr std::string_view notKeptReason = "under_10_mb";
 
 struct Compared {
     HistoryPlaces::Located located;
-    Changes changes;
-    HistoryPeriod period;
-    std::optional<HistoryEntry> unreadableStart; // the period's start, when it could not be read
-    bool reachesPeriod = true;
-    Date historyStart {};
-    std::size_t snapshotCount = 0;
+    ChangeOverPeriod over;
 };
-
-// How many distinct snapshots a place's history holds: its day snapshots, and the current one
-// when it is a later scan than the last of them.
-std::size_t snapshotCount(const HistoryStore::SourceRecord& record)
-{
-    std::size_t count = record.entries.size();
-    if (record.current && (record.entries.empty() || record.current->date > record.entries.back().date))
-        ++count;
-    return count;
-}
 
 std::expected<Compared, AgentResult> compare(HistoryStore& store, const std::string& path, HistoryPeriod period, std::size_t limit)
 {
     auto located = SnapshotPlaces::locate(&store, path);
     if (!located)
         return std::unexpected(located.error());
-    // Without a readable day snapshot (the history was thinned to nothing) the latest stands alone.
-    auto start = SnapshotLoader::start(store, located->record, period);
-    std::shared_ptr<const Snapshot> from = start ? start->loaded.snapshot : located->current;
-    // A place gone before the period began is compared from the last snapshot that kept it.
-    if (!located->isInLatest() && !from->node(located->place))
-        from = located->keptIn;
-    auto compared = HistoryQueries::changes(from, located->current, located->place, limit);
-    if (!compared)
-        return std::unexpected(AgentResult::failure(AgentErrorCode::noHistory, ChangeTexts::message(compared.error())));
-    Compared result { std::move(*located), std::move(*compared), period };
-    if (start) {
-        result.unreadableStart = start->replaced;
-        result.reachesPeriod = start->reachesPeriod;
-    }
-    const HistoryStore::SourceRecord& record = result.located.record;
-    result.historyStart = record.entries.empty() ? result.located.latest.date : record.entries.front().date;
-    result.snapshotCount = snapshotCount(record);
-    return result;
+    auto over = ChangeOverPeriod::of(store, *located, period, limit);
+    if (!over)
+        return std::unexpected(AgentResult::failure(AgentErrorCode::noHistory, ChangeTexts::message(over.error())));
+    return Compared { std::move(*located), std::move(*over) };
 }
 
 // A size as known: a place a snapshot does not keep is under 10 MB there (or not there at all).
@@ -127,7 +99,7 @@ JSONValue::Object changeJSON(const PlaceChange& change)
 
 JSONValue::Object placeJSON(const Compared& compared, std::size_t shown)
 {
-    const Changes& changes = compared.changes;
+    const Changes& changes = compared.over.changes;
     JSONValue::Array inside, grew, types, oneScan;
     for (std::size_t i = 0; i < std::min(shown, changes.inside.size()); ++i) {
         JSONValue::Object entry = changeJSON(changes.inside[i]);
@@ -152,14 +124,14 @@ JSONValue::Object placeJSON(const Compared& compared, std::size_t shown)
     return JSONValue::Object {
         { "path", changes.place },
         { "history_of", located.record.source.path },
-        { "period", SnapshotPlaces::periodName(compared.period) },
+        { "period", SnapshotPlaces::periodName(compared.over.period) },
         { "from", AgentFormat::isoDate(changes.from->date) },
         { "to", AgentFormat::isoDate(changes.to->date) },
-        { "one_snapshot_only", compared.snapshotCount <= 1 },
-        { "snapshot_count", static_cast<std::int64_t>(compared.snapshotCount) },
-        { "history_starts", AgentFormat::isoDate(compared.historyStart) },
-        { "covers_period", compared.reachesPeriod },
-        { "unreadable_start", compared.unreadableStart ? JSONValue(AgentFormat::isoDate(compared.unreadableStart->date)) : JSONValue() },
+        { "one_snapshot_only", compared.over.snapshotCount <= 1 },
+        { "snapshot_count", static_cast<std::int64_t>(compared.over.snapshotCount) },
+        { "history_starts", AgentFormat::isoDate(compared.over.historyStart) },
+        { "covers_period", compared.over.reachesPeriod },
+        { "unreadable_start", compared.over.unreadableStart ? JSONValue(AgentFormat::isoDate(compared.over.unreadableStart->date)) : JSONValue() },
         { "unreadable_latest", located.latestIsCurrent || located.skipped.empty() ? JSONValue() : JSONValue(AgentFormat::isoDate(located.skipped.front().date)) },
         { "in_latest_snapshot", located.isInLatest() },
         { "last_kept", located.isInLatest() ? JSONValue() : JSONValue(AgentFormat::isoDate(located.keptIn->date)) },
@@ -188,7 +160,7 @@ std::string insideLine(const Changes& changes, const PlaceChange& change)
         + sizeText(change.after, change.presence != Presence::earlierOnly);
     if (change.presence != Presence::both)
         return "  " + EchoedText::visible(below(changes.place, change.path)) + ": " + sizes;
-    return "  " + SnapshotPlaces::signedSize(change.change(), change.isUncertain) + "  " + EchoedText::visible(below(changes.place, change.path)) + "  " + sizes;
+    return "  " + Phrases::signedSize(change.change(), change.isUncertain) + "  " + EchoedText::visible(below(changes.place, change.path)) + "  " + sizes;
 }
 
 std::string grewMostLine(const PlaceChange& change)
@@ -196,18 +168,18 @@ std::string grewMostLine(const PlaceChange& change)
     if (change.presence != Presence::both)
         return "  " + EchoedText::visible(change.path) + ": " + sizeText(change.before, change.presence != Presence::laterOnly) + " → "
             + sizeText(change.after, change.presence != Presence::earlierOnly);
-    return "  " + SnapshotPlaces::signedSize(change.change(), change.isUncertain) + "  " + EchoedText::visible(change.path);
+    return "  " + Phrases::signedSize(change.change(), change.isUncertain) + "  " + EchoedText::visible(change.path);
 }
 
 // The first line: the place's change, or, when one end does not keep it, its two sizes.
 std::string headline(const Compared& compared)
 {
-    const Changes& changes = compared.changes;
-    const std::string since = SnapshotPlaces::localTime(changes.from->date) + " (" + SnapshotPlaces::periodName(compared.period) + ")";
-    const std::string at = SnapshotPlaces::localTime(changes.to->date);
+    const Changes& changes = compared.over.changes;
+    const std::string since = Phrases::localTime(changes.from->date) + " (" + SnapshotPlaces::periodName(compared.over.period) + ")";
+    const std::string at = Phrases::localTime(changes.to->date);
     switch (changes.presence) {
     case Presence::both:
-        return EchoedText::shown(changes.place) + ": " + SnapshotPlaces::signedSize(changes.change, changes.isUncertain) + " since " + since + ", from "
+        return EchoedText::shown(changes.place) + ": " + Phrases::signedSize(changes.change, changes.isUncertain) + " since " + since + ", from "
             + AgentFormat::size(changes.sizeBefore, changes.beforeIncomplete) + " to " + AgentFormat::size(changes.sizeAfter, changes.afterIncomplete)
             + " at " + at + ".";
     case Presence::laterOnly:
@@ -223,27 +195,32 @@ std::string headline(const Compared& compared)
 // What the answer stands on, when it is not simply two readable snapshots a period apart.
 std::string caveats(const Compared& compared)
 {
-    const Changes& changes = compared.changes;
+    const Changes& changes = compared.over.changes;
     const HistoryPlaces::Located& located = compared.located;
     std::string text;
-    if (!located.latestIsCurrent && !located.skipped.empty())
-        text += "\nThe latest snapshot, of " + SnapshotPlaces::localTime(located.skipped.front().date)
-            + ", couldn't be read, so this answers from the one of " + SnapshotPlaces::localTime(changes.to->date) + ".";
-    if (compared.unreadableStart)
-        text += "\nThe snapshot of " + SnapshotPlaces::localTime(compared.unreadableStart->date) + " couldn't be read, so this compares with the nearest one, of "
-            + SnapshotPlaces::localTime(changes.from->date) + ".";
+    if (!located.latestIsCurrent && !located.skipped.empty()) {
+        // The first scan of a day is saved twice, as the latest and as the day's snapshot.
+        if (Phrases::localTime(located.skipped.front().date) == Phrases::localTime(changes.to->date))
+            text += "\nThe latest snapshot's file couldn't be read, so this answers from its copy kept as that day's snapshot.";
+        else
+            text += "\nThe latest snapshot, of " + Phrases::localTime(located.skipped.front().date)
+                + ", couldn't be read, so this answers from the one of " + Phrases::localTime(changes.to->date) + ".";
+    }
+    if (compared.over.unreadableStart)
+        text += "\nThe snapshot of " + Phrases::localTime(compared.over.unreadableStart->date) + " couldn't be read, so this compares with the nearest one, of "
+            + Phrases::localTime(changes.from->date) + ".";
     if (!located.isInLatest() && changes.presence == Presence::both)
-        text += "\nIt is not in the latest snapshot; the last one that kept it is of " + SnapshotPlaces::localTime(located.keptIn->date) + ".";
-    if (compared.snapshotCount <= 1)
+        text += "\nIt is not in the latest snapshot; the last one that kept it is of " + Phrases::localTime(located.keptIn->date) + ".";
+    if (compared.over.snapshotCount <= 1)
         text += "\nTarnwick has one snapshot of this place so far; a change needs another one from a later day.";
-    else if (!compared.reachesPeriod)
-        text += "\nThe history starts on " + SnapshotPlaces::localDay(compared.historyStart) + ", so it is shorter than this period.";
+    else if (!compared.over.reachesPeriod)
+        text += "\nThe history starts on " + Phrases::localDay(compared.over.historyStart) + ", so it is shorter than this period.";
     return text;
 }
 
 std::string placeText(const Compared& compared, std::size_t shown)
 {
-    const Changes& changes = compared.changes;
+    const Changes& changes = compared.over.changes;
     std::string text = headline(compared) + caveats(compared);
     std::size_t listed = std::min(shown, changes.inside.size());
     if (listed > 0)
@@ -254,7 +231,7 @@ std::string placeText(const Compared& compared, std::size_t shown)
     if (more > 0)
         text += "\n  " + std::to_string(more) + " more changed " + (more == 1 ? "place" : "places") + " inside.";
     if (changes.rest.change() != 0)
-        text += "\nOther items: " + SnapshotPlaces::signedSize(changes.rest.change(), changes.rest.isUncertain) + " ("
+        text += "\nOther items: " + Phrases::signedSize(changes.rest.change(), changes.rest.isUncertain) + " ("
             + std::string(ChangeTexts::restExplanation) + ").";
     std::size_t grew = std::min({ shown, listedElsewhere, changes.grewMost.size() });
     if (grew > 0)
@@ -263,7 +240,7 @@ std::string placeText(const Compared& compared, std::size_t shown)
         text += "\n" + grewMostLine(changes.grewMost[i]);
     std::string types;
     for (const TypeChange& type : changedTypes(changes))
-        types += (types.empty() ? "" : ", ") + std::string(ContentCategories::displayLabel(type.category)) + " " + SnapshotPlaces::signedSize(type.change());
+        types += (types.empty() ? "" : ", ") + std::string(ContentCategories::displayLabel(type.category)) + " " + Phrases::signedSize(type.change());
     if (!types.empty())
         text += "\nBy type: " + types + ".";
     std::size_t oneScan = std::min({ shown, listedElsewhere, changes.readByOneScan.size() });
@@ -289,7 +266,7 @@ AgentResult answerFor(const std::vector<Compared>& places, std::size_t shown, bo
     JSONValue::Object json;
     if (everyDisk) {
         json = JSONValue::Object { { "disks", disks } };
-        json["period"] = places.empty() ? JSONValue() : JSONValue(SnapshotPlaces::periodName(places.front().period));
+        json["period"] = places.empty() ? JSONValue() : JSONValue(SnapshotPlaces::periodName(places.front().over.period));
     } else {
         json = *disks.front().objectValue();
     }
@@ -335,7 +312,7 @@ AgentResult changes(const Request& request, const Context& context)
 
     std::size_t available = 0;
     for (const Compared& compared : places)
-        available = std::max({ available, compared.changes.inside.size(), compared.changes.grewMost.size(), compared.changes.readByOneScan.size() });
+        available = std::max({ available, compared.over.changes.inside.size(), compared.over.changes.grewMost.size(), compared.over.changes.readByOneScan.size() });
     int count = static_cast<int>(std::min(available, std::max(limit, listedElsewhere)));
     auto fitting = AgentFormat::largestFitting(count, [&](int shown) {
         return answerFor(places, static_cast<std::size_t>(shown), everyDisk, shown < count);

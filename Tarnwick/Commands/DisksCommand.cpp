@@ -3,8 +3,10 @@
 #include "Agent/AgentErrorCode.hpp"
 #include "Agent/AgentFormat.hpp"
 #include "Agent/EchoedText.hpp"
+#include "Support/Phrases.hpp"
 #include "Support/ByteFormat.hpp"
 #include "History/VolumeTimeline.hpp"
+#include "Platform/MountTable.hpp"
 #include "Platform/VolumeIdentity.hpp"
 #include "SnapshotPlaces.hpp"
 
@@ -166,9 +168,9 @@ std::string diskText(const DiskFacts& facts, const Calendar& calendar)
         text += "\n  Snapshots on " + std::to_string(facts.snapshotDays) + (facts.snapshotDays == 1 ? " day" : " days");
     else
         text += "\n  No snapshots yet";
-    text += facts.latestSnapshot ? ", the latest " + SnapshotPlaces::localTime(*facts.latestSnapshot) + "." : ".";
+    text += facts.latestSnapshot ? ", the latest " + Phrases::localTime(*facts.latestSnapshot) + "." : ".";
     auto change = [](const std::optional<UsedChange>& used) {
-        return used ? SnapshotPlaces::signedSize(used->bytes) + " since " + SnapshotPlaces::localTime(used->since) : std::string("unknown");
+        return used ? Phrases::signedSize(used->bytes) + " since " + Phrases::localTime(used->since) : std::string("unknown");
     };
     if (facts.sinceYesterday || facts.overMonth)
         text += "\n  Used space: " + change(facts.sinceYesterday) + " (yesterday), " + change(facts.overMonth) + " (month).";

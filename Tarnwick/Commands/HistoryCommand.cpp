@@ -3,11 +3,14 @@
 #include "Agent/AgentErrorCode.hpp"
 #include "Agent/AgentFormat.hpp"
 #include "Agent/EchoedText.hpp"
+#include "Support/Phrases.hpp"
 #include "Support/ByteFormat.hpp"
 #include "AgentPlaces.hpp"
 #include "History/HistoryChanges.hpp"
 #include "History/SnapshotLoader.hpp"
 #include "History/VolumeTimeline.hpp"
+#include "Platform/MountTable.hpp"
+#include "Platform/UserFolders.hpp"
 #include "SnapshotPlaces.hpp"
 
 namespace tarnwick::SnapshotCommands {
@@ -50,7 +53,7 @@ AgentResult answerFor(const SizeHistory& history, std::size_t shown)
     if (first > 0)
         text += "\nThe latest " + std::to_string(shown) + " to fit 8 KB; " + std::to_string(first) + " earlier ones left out.";
     if (!history.located.isInLatest())
-        text += "\nIt is not in the latest snapshot, of " + SnapshotPlaces::localTime(history.located.current->date)
+        text += "\nIt is not in the latest snapshot, of " + Phrases::localTime(history.located.current->date)
             + ": deleted, moved or now under 10 MB.";
     JSONValue::Array points;
     for (std::size_t i = first; i < history.points.size(); ++i) {
@@ -72,14 +75,14 @@ AgentResult answerFor(const SizeHistory& history, std::size_t shown)
             size = AgentFormat::size(row.point->bytes, row.point->isIncomplete);
         }
         points.push_back(std::move(json));
-        text += "\n  " + SnapshotPlaces::localTime(row.date) + "  " + size;
+        text += "\n  " + Phrases::localTime(row.date) + "  " + size;
     }
     if (history.disk) {
         text += "\nAvailable space of the disk at the latest scan of each of the past " + std::to_string(VolumeTimeline::pastDays) + " days:";
         if (history.available.empty())
             text += "\n  none measured in that time.";
         for (const VolumeTimeline::Point& point : history.available)
-            text += "\n  " + SnapshotPlaces::localDay(point.date) + "  " + ByteFormat::format(point.available) + " of " + ByteFormat::format(point.total);
+            text += "\n  " + Phrases::localDay(point.date) + "  " + ByteFormat::format(point.available) + " of " + ByteFormat::format(point.total);
     }
     JSONValue::Object json {
         { "path", place },
@@ -91,6 +94,38 @@ AgentResult answerFor(const SizeHistory& history, std::size_t shown)
         { "disk", diskJSON(history) },
     };
     return AgentResult::success(text, JSONValue(json));
+}
+
+// The place's size at every snapshot. Each file is first read for the place alone; only
+// when some scan didn't read all of it are the snapshots read whole, to match its folders.
+bool readPoints(HistoryStore& store, SizeHistory& history)
+{
+    OutlineCache cache(UserFolders::cacheFolder() + "/history", store.directory(), history.located.record.folder, history.located.place);
+    std::vector<SnapshotLoader::OutlineItem> outlines = SnapshotLoader::outlineSeries(store, history.located.record, history.located.place, &cache);
+    std::vector<SnapshotOutline> intactOutlines;
+    for (const SnapshotLoader::OutlineItem& item : outlines) {
+        if (item.outline)
+            intactOutlines.push_back(*item.outline);
+    }
+    if (auto sizes = HistoryQueries::sizeHistory(intactOutlines)) {
+        std::size_t next = 0;
+        for (const SnapshotLoader::OutlineItem& item : outlines)
+            history.points.push_back(Row { item.entry.date, item.outline ? std::optional((*sizes)[next++]) : std::nullopt });
+        return true;
+    }
+    std::vector<SnapshotLoader::Item> series = SnapshotLoader::series(store, history.located.record);
+    std::vector<std::shared_ptr<const Snapshot>> intact;
+    for (const SnapshotLoader::Item& item : series) {
+        if (item.snapshot)
+            intact.push_back(item.snapshot);
+    }
+    std::vector<HistoryQueries::SizePoint> sizes = HistoryQueries::sizeHistory(intact, history.located.place);
+    if (sizes.size() != intact.size())
+        return false;
+    std::size_t next = 0;
+    for (const SnapshotLoader::Item& item : series)
+        history.points.push_back(Row { item.entry.date, item.snapshot ? std::optional(sizes[next++]) : std::nullopt });
+    return true;
 }
 
 }
@@ -106,19 +141,9 @@ AgentResult history(const Request& request, const Context& context)
     if (!located)
         return located.error();
 
-    SizeHistory history { std::move(*located), {}, SnapshotPlaces::mountAt(*path), {} };
-    std::vector<SnapshotLoader::Item> series = SnapshotLoader::series(*store, history.located.record);
-    std::vector<std::shared_ptr<const Snapshot>> intact;
-    for (const SnapshotLoader::Item& item : series) {
-        if (item.snapshot)
-            intact.push_back(item.snapshot);
-    }
-    std::vector<HistoryQueries::SizePoint> sizes = HistoryQueries::sizeHistory(intact, history.located.place);
-    if (sizes.size() != intact.size())
+    SizeHistory history { std::move(*located), {}, MountTable::mountedAt(HistoryPlaces::pathForms(*path)), {} };
+    if (!readPoints(*store, history))
         return SnapshotPlaces::noHistory();
-    std::size_t next = 0;
-    for (const SnapshotLoader::Item& item : series)
-        history.points.push_back(Row { item.entry.date, item.snapshot ? std::optional(sizes[next++]) : std::nullopt });
     if (history.points.empty())
         return SnapshotPlaces::noHistory();
     if (history.disk) {

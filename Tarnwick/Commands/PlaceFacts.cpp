@@ -29,11 +29,12 @@ std::vector<TypeGroups::Ratio> notable(const std::vector<TypeGroups::Ratio>& ext
 
 }
 
-PlaceFacts PlaceFacts::make(const std::shared_ptr<const ScanTree>& tree, NodeID place, const std::shared_ptr<const ContentMap>& content)
+PlaceFacts PlaceFacts::make(const std::shared_ptr<const ScanTree>& tree, NodeID place, const std::shared_ptr<const ContentMap>& content,
+    const std::shared_ptr<const OwnerMap>& owners)
 {
     PlaceFacts facts;
     if (content) {
-        TypeGroups::Maps maps { content, nullptr };
+        TypeGroups::Maps maps { content, owners };
         if (auto owners = TypeGroups::groups(tree, place, ColorMode::owner, maps)) {
             facts.owners.emplace();
             for (std::size_t i = 0; i < std::min(owners->size(), maximumOwners); ++i)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Classification/OwnerMap.hpp"
 #include "Classification/ContentMap.hpp"
 #include "Classification/TypeGroups.hpp"
 #include "Scanning/ScanTree.hpp"
@@ -37,7 +38,9 @@ struct PlaceFacts {
 
     // content is the scan's content map; without it (a scan still running or cut short) the
     // owners, caches and hidden shares stay unknown.
-    static PlaceFacts make(const std::shared_ptr<const ScanTree>& tree, NodeID place, const std::shared_ptr<const ContentMap>& content);
+    // owners, when null, are attributed for this answer alone.
+    static PlaceFacts make(const std::shared_ptr<const ScanTree>& tree, NodeID place, const std::shared_ptr<const ContentMap>& content,
+        const std::shared_ptr<const OwnerMap>& owners = nullptr);
 };
 
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Classification/ContentMap.hpp"
+#include "Classification/OwnerMap.hpp"
 #include "Scanning/ScanScope.hpp"
 #include "Scanning/ScanTree.hpp"
 
@@ -13,6 +14,7 @@ namespace tarnwick {
 struct ScanView {
     std::shared_ptr<const ScanTree> tree;
     std::shared_ptr<const ContentMap> content; // null for a preview: no colours yet
+    std::shared_ptr<const OwnerMap> owners;    // null for a preview
     ScanScope scope;
     NodeID openFolder = NodeID::root();
     bool stillScanning = false;

@@ -12,7 +12,7 @@ namespace {
 
 using Handler = AgentResult (*)(const AgentCommands::Request&, const Context&);
 
-constexpr std::array<std::pair<std::string_view, Handler>, 7> handlers { {
+constexpr std::array<std::pair<std::string_view, Handler>, 8> handlers { {
     { "disks", SnapshotCommands::disks },
     { "changes", SnapshotCommands::changes },
     { "history", SnapshotCommands::history },
@@ -20,17 +20,9 @@ constexpr std::array<std::pair<std::string_view, Handler>, 7> handlers { {
     { "alerts", SnapshotCommands::alerts },
     { "add-alert", SnapshotCommands::addAlert },
     { "remove-alert", SnapshotCommands::removeAlert },
+    { "metrics", SnapshotCommands::metrics },
 } };
 
-}
-
-bool handles(std::string_view command)
-{
-    for (const auto& [name, handler] : handlers) {
-        if (name == command)
-            return true;
-    }
-    return false;
 }
 
 AgentResult answer(const AgentCommands::Request& request, const Context& context)

@@ -23,14 +23,13 @@ namespace SnapshotAnswers {
 struct Context {
     std::shared_ptr<const ScanTree> tree;        // the result on screen
     std::shared_ptr<const ContentMap> content;   // its content map, when made
-    std::shared_ptr<const OwnerMap> owners;      // its owners, when the window made them
+    std::shared_ptr<const OwnerMap> owners;      // its owners, made with the scan
     std::optional<std::string> openFolder;       // absolute path of the folder open in the window
     HistoryStore* store = nullptr;               // the app's history; the tool opens its own
 };
 
-// The commands answered from the saved snapshots and settings, the same in the app and,
-// while it isn't running, in the tool.
-bool handles(std::string_view command);
+// The commands the table routes to the history (Route::history), answered from the saved
+// snapshots and settings, the same in the app and, while it isn't running, in the tool.
 AgentResult answer(const AgentCommands::Request& request, const Context& context = {});
 
 }

@@ -15,5 +15,6 @@ AgentResult types(const Request& request, const Context& context);    // TypesCo
 AgentResult alerts(const Request& request, const Context& context);   // AlertCommands.cpp
 AgentResult addAlert(const Request& request, const Context& context);
 AgentResult removeAlert(const Request& request, const Context& context);
+AgentResult metrics(const Request& request, const Context& context);  // MetricsCommand.cpp
 
 }

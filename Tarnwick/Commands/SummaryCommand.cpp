@@ -259,7 +259,7 @@ AgentResult summary(const AppModel& model, const AgentCommands::Request& request
         return folder.error();
     int limit = static_cast<int>(AgentPlaces::integer(request.arguments, "limit", defaultLimit));
     int available = std::min(limit, static_cast<int>(view->tree->childCount(*folder)));
-    PlaceFacts facts = PlaceFacts::make(view->tree, *folder, view->content);
+    PlaceFacts facts = PlaceFacts::make(view->tree, *folder, view->content, view->owners);
     SummaryInput input { model, *view, *folder, facts };
     auto fitting = AgentFormat::largestFitting(available, [&](int shown) { return summaryAnswer(input, shown, shown < available); });
     if (!fitting)

@@ -43,7 +43,7 @@ std::expected<TypesSource, AgentResult> sourceFor(const Request& request, const 
         return std::unexpected(AgentResult::failure(AgentErrorCode::notScanned, "Nothing is open in Tarnwick. Give a folder or disk, such as types ~."));
     }
     if (context.tree) {
-        for (const std::string& form : SnapshotPlaces::pathForms(path)) {
+        for (const std::string& form : HistoryPlaces::pathForms(path)) {
             if (auto node = context.tree->node(form))
                 return TypesSource { context.tree, *node, { context.content, context.owners }, std::nullopt, true };
         }
@@ -59,7 +59,7 @@ std::expected<TypesSource, AgentResult> sourceFor(const Request& request, const 
 std::string sourceText(const TypesSource& source)
 {
     if (source.snapshotDate)
-        return "from the snapshot of " + SnapshotPlaces::localTime(*source.snapshotDate) + "; snapshot places include retained folders only";
+        return "from the snapshot of " + Phrases::localTime(*source.snapshotDate) + "; snapshot places include retained folders only";
     return "from the scan on screen";
 }
 

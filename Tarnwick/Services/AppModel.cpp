@@ -1,5 +1,7 @@
 #include "AppModel.hpp"
 
+#include "Classification/InstalledOwners.hpp"
+
 #include "MainExecutor.hpp"
 
 namespace tarnwick {
@@ -28,10 +30,13 @@ void AppModel::scan(const ScanScope& scope)
     m_rescanPath.reset();
     m_running = RunningScan { scope, scanner, std::chrono::system_clock::now() };
     m_coordinator.submit(scanner, [this, generation, scope](ScanOutcome outcome) {
-        // Colours are worked out here, on the scan's thread, never on the main executor.
-        Result result { scope, outcome.tree, nullptr, outcome.status, outcome.startedAt, outcome.finishedAt };
-        if (outcome.tree && outcome.status.kind == ScanOutcome::Status::Kind::completed)
+        // Colours and owners are worked out here, on the scan's thread, once for the window,
+        // the commands and the history alike, never on the main executor.
+        Result result { scope, outcome.tree, nullptr, nullptr, outcome.status, outcome.startedAt, outcome.finishedAt };
+        if (outcome.tree && outcome.status.kind == ScanOutcome::Status::Kind::completed) {
             result.content = ContentMap::build(outcome.tree);
+            result.owners = std::make_shared<const OwnerMap>(OwnerMap::build(*outcome.tree, InstalledOwners::places()));
+        }
         m_executor.post([this, generation, result = std::move(result)]() mutable { finished(generation, std::move(result)); });
     });
     notify();

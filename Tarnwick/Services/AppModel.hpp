@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Classification/OwnerMap.hpp"
 #include "Classification/ColorMode.hpp"
 #include "Classification/ContentMap.hpp"
 #include "Scanning/ScanCoordinator.hpp"
@@ -25,6 +26,8 @@ public:
         ScanScope scope;
         std::shared_ptr<const ScanTree> tree;
         std::shared_ptr<const ContentMap> content;
+        // Who the space belongs to, made with the content map for the window and the commands.
+        std::shared_ptr<const OwnerMap> owners;
         ScanOutcome::Status status;
         Date startedAt;
         Date finishedAt;

@@ -173,6 +173,11 @@ void DailyScans::startIfEnabled()
         startScheduler();
 }
 
+void DailyScans::startForService()
+{
+    startScheduler();
+}
+
 bool DailyScans::isScheduled() const
 {
     std::scoped_lock guard(m_lock);

@@ -111,6 +111,9 @@ public:
     std::expected<void, std::string> turnOff();
     // At the app's start: the scheduler, when the switch is on.
     void startIfEnabled();
+    // At the start of an app run by a service manager for the daily snapshot: the scheduler,
+    // whatever the switch says. The switch and the login item stay as the user left them.
+    void startForService();
     [[nodiscard]] bool isScheduled() const;
 
     // One pass on the calling thread. A daily pass stops at once on low power or heat, logging

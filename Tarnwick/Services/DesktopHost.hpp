@@ -8,6 +8,7 @@ namespace tarnwick {
 
 class AppModel;
 class DailyScans;
+class HistoryStore;
 class MainExecutor;
 class Notifier;
 
@@ -23,9 +24,10 @@ public:
     };
 
     virtual ~DesktopHost() = default;
-    // The main window on the model, with the tray item; they must go before the model and
-    // the daily scans do. dailyScans is null without a history.
-    virtual std::unique_ptr<Window> openWindow(AppModel& model, DailyScans* dailyScans) = 0;
+    // The main window on the model, with the tray item; they must go before the model, the
+    // history and the daily scans do, and take with them the work they started off the main
+    // thread. history and dailyScans are null without a history.
+    virtual std::unique_ptr<Window> openWindow(AppModel& model, HistoryStore* history, DailyScans* dailyScans) = 0;
     // Desktop notifications, once the window is open; null before.
     virtual Notifier* notifier() = 0;
 };

@@ -1,11 +1,11 @@
 #include "SpaceWatch.hpp"
 
-#include "AlertReadings.hpp"
+#include "Alerts/AlertReadings.hpp"
 #include "Alerts/AlertTexts.hpp"
 #include "Alerts/SpaceAlertStore.hpp"
 #include "Platform/SystemLog.hpp"
 #include "Platform/UserDefaults.hpp"
-#include "SnapshotPlaces.hpp"
+#include "History/HistoryPlaces.hpp"
 #include "Support/UnicodeNames.hpp"
 
 #include <map>
@@ -17,7 +17,7 @@ namespace {
 // Whether one of the saved sources holds the place, as typed or with its links resolved.
 bool isHeld(const std::string& place, const std::vector<HistorySource>& saved)
 {
-    for (const std::string& form : SnapshotPlaces::pathForms(place)) {
+    for (const std::string& form : HistoryPlaces::pathForms(place)) {
         for (const HistorySource& source : saved) {
             if (UnicodeNames::hasPathPrefix(form, source.path))
                 return true;

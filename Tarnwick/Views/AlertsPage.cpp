@@ -1,11 +1,11 @@
 #include "AlertsPage.hpp"
 
-#include "AlertReadings.hpp"
+#include "Alerts/AlertReadings.hpp"
 #include "Alerts/AlertPeriods.hpp"
 #include "Alerts/AlertTexts.hpp"
 #include "Alerts/SpaceAlertStore.hpp"
 #include "History/HistoryPeriod.hpp"
-#include "History/HistoryStore.hpp"
+#include "HistoryFeed.hpp"
 #include "OffThread.hpp"
 #include "Platform/UserDefaults.hpp"
 #include "Scanning/ScopeResolver.hpp"
@@ -26,7 +26,6 @@
 #include <QVBoxLayout>
 
 #include <cmath>
-#include <filesystem>
 
 namespace tarnwick {
 
@@ -88,10 +87,10 @@ QString AlertsPage::readingText(const SpaceAlert::Condition& condition, const Al
     return value + QString::fromStdString(reading.note());
 }
 
-AlertsPage::AlertsPage(std::shared_ptr<UserDefaults> defaults, std::string historyFolder, QWidget* parent)
+AlertsPage::AlertsPage(std::shared_ptr<UserDefaults> defaults, HistoryFeed& history, QWidget* parent)
     : QWidget(parent)
     , m_defaults(std::move(defaults))
-    , m_historyFolder(std::move(historyFolder))
+    , m_history(history)
     , m_list(new QTreeWidget(this))
     , m_busy(new QProgressBar(this))
     , m_remove(new QPushButton(ViewTexts::removeAlert, this))
@@ -170,6 +169,8 @@ AlertsPage::AlertsPage(std::shared_ptr<UserDefaults> defaults, std::string histo
     connect(addButton, &QPushButton::clicked, this, [this] {
         add(m_place->text(), static_cast<Kind>(m_kind->currentIndex()), m_value->value(), m_period->currentData().toInt());
     });
+    // A new snapshot may change what folder alerts read.
+    connect(&m_history, &HistoryFeed::changed, this, &AlertsPage::reload);
     kindChosen();
     reload();
 }
@@ -258,21 +259,15 @@ void AlertsPage::reload()
     std::uint64_t request = ++m_request;
     m_busy->show();
     std::vector<SpaceAlert> alerts = m_alerts;
-    std::string folder = m_historyFolder;
+    HistoryStore* store = m_history.store();
     using Readings = std::map<std::string, AlertReading>;
     OffThread::run<Readings>(
         this,
-        [alerts, folder] {
-            std::unique_ptr<HistoryStore> store;
-            std::error_code error;
-            if (std::filesystem::exists(std::filesystem::path(folder) / HistoryStore::indexFileName, error)) {
-                if (auto opened = HistoryStore::open(folder))
-                    store = std::move(*opened);
-            }
+        [alerts, store] {
             Readings readings;
             Date now = std::chrono::system_clock::now();
             for (const SpaceAlert& alert : alerts)
-                readings[alert.id] = AlertReadings::read(alert, store.get(), now);
+                readings[alert.id] = AlertReadings::read(alert, store, now);
             return readings;
         },
         [this, request](Readings readings) {

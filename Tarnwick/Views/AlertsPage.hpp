@@ -20,6 +20,8 @@ class QTreeWidget;
 
 namespace tarnwick {
 
+class HistoryFeed;
+
 class UserDefaults;
 
 // The settings' alerts: the list with each alert's reading now (measured off the main thread),
@@ -32,7 +34,7 @@ public:
     // In the order of the form's kind picker.
     enum class Kind { diskUsed, size, share, growth };
 
-    AlertsPage(std::shared_ptr<UserDefaults> defaults, std::string historyFolder, QWidget* parent = nullptr);
+    AlertsPage(std::shared_ptr<UserDefaults> defaults, HistoryFeed& history, QWidget* parent = nullptr);
 
     // Reads the alerts again and measures them.
     void reload();
@@ -62,7 +64,7 @@ private:
     void showError(const QString& text);
 
     std::shared_ptr<UserDefaults> m_defaults;
-    std::string m_historyFolder;
+    HistoryFeed& m_history;
     std::vector<SpaceAlert> m_alerts;
     std::uint64_t m_request = 0;
 

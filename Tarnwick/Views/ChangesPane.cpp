@@ -1,6 +1,7 @@
 #include "ChangesPane.hpp"
 
 #include "History/HistoryStore.hpp"
+#include "HistoryFeed.hpp"
 #include "History/HistoryTexts.hpp"
 #include "History/ScanRecorder.hpp"
 #include "History/Snapshot.hpp"
@@ -23,15 +24,15 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <filesystem>
 
 namespace tarnwick {
 
 namespace {
 
 // While the history saves the scan, the pane looks again every second, for a minute.
-constexpr int retryMilliseconds = 1000;
-constexpr int maximumRetries = 60;
+// A scan is saved within a second or two; a save that failed is told elsewhere, and the pane
+// stops waiting for it after this.
+constexpr int saveWaitMilliseconds = 60'000;
 // The picker's item of a day picked among the saved days, beside the periods.
 constexpr int pickedDay = -1;
 
@@ -192,9 +193,9 @@ struct ChangesPane::Loaded {
     std::optional<std::expected<HistoryQueries::Changes, HistoryQueries::ChangesError>> atOpen;
 };
 
-ChangesPane::ChangesPane(std::string historyFolder, QWidget* parent)
+ChangesPane::ChangesPane(HistoryFeed& history, QWidget* parent)
     : QWidget(parent)
-    , m_historyFolder(std::move(historyFolder))
+    , m_history(history)
     , m_picker(new QComboBox(this))
     , m_rule(new QLabel(text(HistoryTexts::periodRule), this))
     , m_busy(new QProgressBar(this))
@@ -204,7 +205,7 @@ ChangesPane::ChangesPane(std::string historyFolder, QWidget* parent)
     , m_list(new QListWidget(this))
     , m_notes(new QLabel(this))
     , m_message(new QLabel(this))
-    , m_retry(new QTimer(this))
+    , m_giveUp(new QTimer(this))
 {
     setObjectName("changes");
     auto* title = new QLabel(ViewTexts::changes, this);
@@ -245,8 +246,8 @@ ChangesPane::ChangesPane(std::string historyFolder, QWidget* parent)
     m_message->setWordWrap(true);
     m_message->setAlignment(Qt::AlignCenter);
     m_message->setStyleSheet("color: #6B7280; padding: 24px 12px;");
-    m_retry->setSingleShot(true);
-    m_retry->setInterval(retryMilliseconds);
+    m_giveUp->setSingleShot(true);
+    m_giveUp->setInterval(saveWaitMilliseconds);
 
     auto* header = new QHBoxLayout();
     header->addWidget(title);
@@ -278,7 +279,13 @@ ChangesPane::ChangesPane(std::string historyFolder, QWidget* parent)
         if (chosen != pickedDay)
             setPeriod(static_cast<HistoryPeriod::Value>(chosen));
     });
-    connect(m_retry, &QTimer::timeout, this, &ChangesPane::retry);
+    connect(m_giveUp, &QTimer::timeout, this, &ChangesPane::giveUpWaiting);
+    // The scan's own snapshot arrives with a save: the pane looks again then, and only then.
+    connect(&m_history, &HistoryFeed::changed, this, [this] {
+        m_savedSinceLoad = true;
+        if (m_waitingForSave)
+            retry();
+    });
     connect(m_list, &QListWidget::itemClicked, this, [this](QListWidgetItem* item) {
         if (static_cast<RowKind>(item->data(kindRole).toInt()) == RowKind::place)
             Q_EMIT placeChosen(item->data(pathRole).toString());
@@ -288,17 +295,13 @@ ChangesPane::ChangesPane(std::string historyFolder, QWidget* parent)
 
 ChangesPane::~ChangesPane() = default;
 
-HistoryStore* ChangesPane::store()
+void ChangesPane::giveUpWaiting()
 {
-    if (m_store)
-        return m_store.get();
-    // Opening makes the folder: wait until a scan has been saved there.
-    std::error_code error;
-    if (!std::filesystem::exists(std::filesystem::path(m_historyFolder) / HistoryStore::indexFileName, error))
-        return nullptr;
-    if (auto opened = HistoryStore::open(m_historyFolder))
-        m_store = std::shared_ptr<HistoryStore>(std::move(*opened));
-    return m_store.get();
+    if (!m_waitingForSave)
+        return;
+    m_waitingForSave = false;
+    showMessage(ViewTexts::notSaved, false);
+    Q_EMIT loaded();
 }
 
 void ChangesPane::setPeriod(HistoryPeriod period)
@@ -349,7 +352,8 @@ void ChangesPane::clear()
     m_comparison.reset();
     m_saved = false;
     ++m_request;
-    m_retry->stop();
+    m_giveUp->stop();
+    m_waitingForSave = false;
     showMessage(ViewTexts::scanToCompare, false);
     Q_EMIT changesShown(nullptr, {});
 }
@@ -401,8 +405,8 @@ void ChangesPane::showMessage(const QString& message, bool busy)
 void ChangesPane::reload()
 {
     ++m_request;
-    m_retry->stop();
-    m_retries = 0;
+    m_giveUp->stop();
+    m_waitingForSave = false;
     m_comparison.reset();
     Q_EMIT changesShown(nullptr, {});
     if (!m_tree) {
@@ -419,12 +423,13 @@ void ChangesPane::reload()
 
 void ChangesPane::retry()
 {
-    HistoryStore* history = store();
+    m_savedSinceLoad = false;
+    HistoryStore* history = m_history.store();
     if (!history) {
         loadedComparison(Loaded { m_request, PeriodChanges::Problem::notSavedYet, nullptr, nullptr, std::nullopt });
         return;
     }
-    std::shared_ptr<HistoryStore> keep = m_store;
+    HistoryStore* keep = history;
     std::shared_ptr<const ScanTree> tree = m_tree;
     std::string openPath = tree->path(m_open);
     std::uint64_t request = m_request;
@@ -456,17 +461,23 @@ void ChangesPane::loadedComparison(Loaded result)
     if (result.request != m_request)
         return;
     if (result.problem) {
-        if (*result.problem == PeriodChanges::Problem::notSavedYet && m_retries < maximumRetries) {
-            ++m_retries;
+        if (*result.problem == PeriodChanges::Problem::notSavedYet && m_history.store() && (m_waitingForSave || !m_giveUp->isActive())) {
+            if (!m_waitingForSave)
+                m_giveUp->start();
+            m_waitingForSave = true;
             showMessage(text(PeriodChanges::problemText(*result.problem)), true);
-            m_retry->start();
+            if (m_savedSinceLoad)
+                retry();
             return;
         }
+        m_waitingForSave = false;
         showMessage(*result.problem == PeriodChanges::Problem::notSavedYet ? ViewTexts::notSaved : text(PeriodChanges::problemText(*result.problem)),
             false);
         Q_EMIT loaded();
         return;
     }
+    m_waitingForSave = false;
+    m_giveUp->stop();
     m_comparison = std::move(result.comparison);
     Q_EMIT changesShown(result.onTree, ViewTexts::since(shortDate(m_comparison->start().date)));
     showComparison(*result.atOpen);

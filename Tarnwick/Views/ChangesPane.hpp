@@ -22,7 +22,7 @@ class QTimer;
 
 namespace tarnwick {
 
-class HistoryStore;
+class HistoryFeed;
 class ScanTree;
 
 // What grew and shrank: the current scan compared with the day snapshot at the start of the
@@ -43,7 +43,7 @@ public:
         bool isUncertain = false;
     };
 
-    explicit ChangesPane(std::string historyFolder, QWidget* parent = nullptr);
+    explicit ChangesPane(HistoryFeed& history, QWidget* parent = nullptr);
     ~ChangesPane() override;
 
     // The scan to compare, its open folder, when it finished, and whether the history keeps
@@ -80,16 +80,15 @@ private:
 
     void reload();
     void retry();
+    void giveUpWaiting();
     void loadedComparison(Loaded loaded);
     void compareOpenFolder();
     void showComparison(const std::expected<HistoryQueries::Changes, HistoryQueries::ChangesError>& changes);
     void showMessage(const QString& text, bool busy);
     void setBusy(bool busy);
     void fillRows(const HistoryQueries::Changes& changes);
-    HistoryStore* store();
 
-    std::string m_historyFolder;
-    std::shared_ptr<HistoryStore> m_store;
+    HistoryFeed& m_history;
     HistoryPeriod m_period = HistoryPeriod::defaultPeriod;
     std::optional<HistoryEntry> m_since;
 
@@ -99,7 +98,8 @@ private:
     bool m_saved = false;
     std::shared_ptr<const PeriodChanges> m_comparison;
     std::uint64_t m_request = 0;
-    int m_retries = 0;
+    bool m_waitingForSave = false;
+    bool m_savedSinceLoad = false; // a save came while a comparison was being loaded
     std::vector<Row> m_rows;
 
     QComboBox* m_picker;
@@ -111,7 +111,7 @@ private:
     QListWidget* m_list;
     QLabel* m_notes;
     QLabel* m_message;
-    QTimer* m_retry;
+    QTimer* m_giveUp; // ends the wait for a save that never comes
 };
 
 }

@@ -1,7 +1,6 @@
 #include "ColorMapStore.hpp"
 
-#include "Classification/OwnerIndex.hpp"
-#include "Classification/OwnerPlaces.hpp"
+#include "Classification/InstalledOwners.hpp"
 #include "Classification/TimeZone.hpp"
 #include "OffThread.hpp"
 #include "Scanning/ScanTree.hpp"
@@ -9,22 +8,6 @@
 #include <mutex>
 
 namespace tarnwick {
-
-// The installed applications, read once per session on the first use of the owner mode.
-struct ColorMapStore::OwnerSource {
-    std::once_flag once;
-    std::unique_ptr<OwnerIndex> index;
-    std::unique_ptr<OwnerPlaces> places;
-
-    const OwnerPlaces& get()
-    {
-        std::call_once(once, [this] {
-            index = std::make_unique<OwnerIndex>(OwnerIndex::build(ApplicationRoots::current()));
-            places = std::make_unique<OwnerPlaces>(*index);
-        });
-        return *places;
-    }
-};
 
 namespace {
 
@@ -42,7 +25,6 @@ bool isDateMode(ColorMode mode)
 
 ColorMapStore::ColorMapStore(QObject* parent)
     : QObject(parent)
-    , m_ownerSource(std::make_shared<OwnerSource>())
 {
 }
 
@@ -60,11 +42,13 @@ ColorMapStore::PerTree& ColorMapStore::entry(const std::shared_ptr<const ScanTre
 }
 
 std::shared_ptr<const ColorMap> ColorMapStore::colors(const std::shared_ptr<const ScanTree>& tree, ColorMode mode,
-    const std::shared_ptr<const ContentMap>& content)
+    const std::shared_ptr<const ContentMap>& content, const std::shared_ptr<const OwnerMap>& owners)
 {
     if (!tree)
         return nullptr;
     PerTree& perTree = entry(tree);
+    if (owners && !perTree.owners)
+        perTree.owners = owners;
     auto& made = perTree.maps[slot(mode)];
     // Date colours belong to a calendar day and are made again on the next one.
     if (made && isDateMode(mode) && !made->boundaries().isCurrent(std::chrono::system_clock::now(), TimeZone::system()))
@@ -87,15 +71,14 @@ void ColorMapStore::make(const std::shared_ptr<const ScanTree>& tree, ColorMode 
     PerTree& perTree = entry(tree);
     perTree.pending[slot(mode)] = true;
     ++m_making;
-    std::shared_ptr<OwnerSource> ownerSource = m_ownerSource;
     std::shared_ptr<const OwnerMap> knownOwners = perTree.owners;
     OffThread::run<Made>(
         this,
-        [tree, mode, content, ownerSource, knownOwners] {
+        [tree, mode, content, knownOwners] {
             Made made;
             ColorMap::Sources sources { content, nullptr, std::nullopt };
             if (mode == ColorMode::owner) {
-                made.owners = knownOwners ? knownOwners : std::make_shared<const OwnerMap>(OwnerMap::build(*tree, ownerSource->get()));
+                made.owners = knownOwners ? knownOwners : std::make_shared<const OwnerMap>(OwnerMap::build(*tree, InstalledOwners::places()));
                 sources.owner = made.owners->buckets(tree);
             }
             made.colors = ColorMap::make(mode, tree, std::move(sources));

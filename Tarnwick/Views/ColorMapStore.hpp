@@ -25,10 +25,10 @@ public:
     ~ColorMapStore() override;
 
     // The colours of a tree in a mode; null while they are being made, and ready() follows.
-    // content, when given, is the tree's content map made before.
+    // content and owners, when given, are the tree's content map and owners made before.
     std::shared_ptr<const ColorMap> colors(const std::shared_ptr<const ScanTree>& tree, ColorMode mode,
-        const std::shared_ptr<const ContentMap>& content = nullptr);
-    // The owners of a tree whose owner colours are made; null before.
+        const std::shared_ptr<const ContentMap>& content = nullptr, const std::shared_ptr<const OwnerMap>& owners = nullptr);
+    // The owners of a tree: those given with it, or made with its owner colours; null before.
     [[nodiscard]] std::shared_ptr<const OwnerMap> owners(const ScanTree* tree) const;
     // Forgets the maps of every other tree.
     void keepOnly(const std::vector<const ScanTree*>& trees);
@@ -48,13 +48,11 @@ private:
         std::array<bool, allColorModes.size()> pending {};
         std::shared_ptr<const OwnerMap> owners;
     };
-    struct OwnerSource;
 
     PerTree& entry(const std::shared_ptr<const ScanTree>& tree);
     void make(const std::shared_ptr<const ScanTree>& tree, ColorMode mode, const std::shared_ptr<const ContentMap>& content);
 
     std::unordered_map<const ScanTree*, PerTree> m_trees;
-    std::shared_ptr<OwnerSource> m_ownerSource;
     int m_making = 0;
 };
 

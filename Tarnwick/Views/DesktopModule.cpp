@@ -19,7 +19,7 @@ public:
     {
     }
 
-    std::unique_ptr<Window> openWindow(AppModel& model, DailyScans* dailyScans) override
+    std::unique_ptr<Window> openWindow(AppModel& model, HistoryStore* history, DailyScans* dailyScans) override
     {
         struct OpenWindow final : Window {
             std::atomic<Notifier*>* notifierSlot = nullptr;
@@ -36,11 +36,12 @@ public:
         auto open = std::make_unique<OpenWindow>();
         open->notifierSlot = &m_notifier;
         MainWindow::Environment environment = MainWindow::Environment::standard();
+        environment.history = history;
         environment.dailyScans = dailyScans;
         open->window = std::make_unique<MainWindow>(model, environment);
         MainWindow* window = open->window.get();
         auto showWindow = [window] { window->bringToFront(); };
-        open->tray = std::make_unique<TrayItem>(environment.defaultsPath, environment.historyFolder, dailyScans,
+        open->tray = std::make_unique<TrayItem>(environment.defaultsPath, window->history(), dailyScans,
             TrayItem::Actions {
                 showWindow,
                 [window] { window->openSettings(static_cast<int>(SettingsDialog::Page::menuBar)); },

@@ -1,7 +1,7 @@
 #include "FreeSpaceDialog.hpp"
 
 #include "FreeSpaceChart.hpp"
-#include "History/HistoryStore.hpp"
+#include "HistoryFeed.hpp"
 #include "OffThread.hpp"
 #include "Platform/VolumeIdentity.hpp"
 #include "ViewFormat.hpp"
@@ -13,14 +13,13 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include <filesystem>
 
 namespace tarnwick {
 
-FreeSpaceDialog::FreeSpaceDialog(const QString& diskName, HistorySource disk, std::string historyFolder, QWidget* parent)
+FreeSpaceDialog::FreeSpaceDialog(const QString& diskName, HistorySource disk, HistoryFeed& history, QWidget* parent)
     : QDialog(parent)
     , m_disk(std::move(disk))
-    , m_historyFolder(std::move(historyFolder))
+    , m_history(history)
     , m_summary(new QLabel(this))
     , m_busy(new QProgressBar(this))
     , m_chart(new FreeSpaceChart(this))
@@ -70,22 +69,17 @@ void FreeSpaceDialog::load()
         VolumeTimeline timeline;
         Calendar calendar = Calendar::current();
     };
-    std::string folder = m_historyFolder;
+    HistoryStore* store = m_history.store();
     std::string volume = m_disk.volume;
     OffThread::run<Read>(
         this,
-        [folder, volume] {
+        [store, volume] {
             Read read;
-            std::error_code error;
-            // Opening the store would make its folder: a machine never scanned has no record.
-            if (!std::filesystem::exists(std::filesystem::path(folder) / HistoryStore::indexFileName, error))
-                return read;
-            auto store = HistoryStore::open(folder);
             if (!store)
                 return read;
-            read.calendar = (*store)->calendar();
-            if (auto measurements = (*store)->measurements(volume))
-                read.timeline = VolumeTimeline::make(*measurements, (*store)->now(), read.calendar);
+            read.calendar = store->calendar();
+            if (auto measurements = store->measurements(volume))
+                read.timeline = VolumeTimeline::make(*measurements, store->now(), read.calendar);
             return read;
         },
         [this](Read read) {

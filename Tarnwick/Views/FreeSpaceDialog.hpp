@@ -11,6 +11,8 @@ class QProgressBar;
 
 namespace tarnwick {
 
+class HistoryFeed;
+
 class FreeSpaceChart;
 
 // A disk's free space over the past 30 days, read from the record of the volume's space off
@@ -19,7 +21,7 @@ class FreeSpaceDialog : public QDialog {
     Q_OBJECT
 
 public:
-    FreeSpaceDialog(const QString& diskName, HistorySource disk, std::string historyFolder, QWidget* parent = nullptr);
+    FreeSpaceDialog(const QString& diskName, HistorySource disk, HistoryFeed& history, QWidget* parent = nullptr);
 
     [[nodiscard]] FreeSpaceChart* chart() const { return m_chart; }
     [[nodiscard]] bool isLoading() const;
@@ -33,7 +35,7 @@ private:
     void load();
 
     HistorySource m_disk;
-    std::string m_historyFolder;
+    HistoryFeed& m_history;
     QLabel* m_summary;
     QProgressBar* m_busy;
     FreeSpaceChart* m_chart;

@@ -1,6 +1,7 @@
 #include "HistoryPage.hpp"
 
 #include "History/HistoryStore.hpp"
+#include "HistoryFeed.hpp"
 #include "History/HistoryTexts.hpp"
 #include "History/Snapshot.hpp"
 #include "OffThread.hpp"
@@ -15,7 +16,6 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include <filesystem>
 
 namespace tarnwick {
 
@@ -33,21 +33,11 @@ struct Figures {
     QString problem;
 };
 
-// Opening the store would make its folder: a history never written has no figures.
-std::unique_ptr<HistoryStore> openExisting(const std::string& folder)
-{
-    std::error_code error;
-    if (!std::filesystem::exists(std::filesystem::path(folder) / HistoryStore::indexFileName, error))
-        return nullptr;
-    auto store = HistoryStore::open(folder);
-    return store ? std::move(*store) : nullptr;
 }
 
-}
-
-HistoryPage::HistoryPage(std::string historyFolder, QWidget* parent)
+HistoryPage::HistoryPage(HistoryFeed& history, QWidget* parent)
     : QWidget(parent)
-    , m_historyFolder(std::move(historyFolder))
+    , m_history(history)
     , m_dayOfHistory(new QLabel(this))
     , m_stored(new QLabel(this))
     , m_busy(new QProgressBar(this))
@@ -62,7 +52,7 @@ HistoryPage::HistoryPage(std::string historyFolder, QWidget* parent)
     auto* rule = new QLabel(text(Snapshot::keepRule), this);
     rule->setWordWrap(true);
     rule->setStyleSheet("color: #4B5563;");
-    auto* where = new QLabel(ViewTexts::historyFolder + QStringLiteral(" ") + QString::fromStdString(m_historyFolder), this);
+    auto* where = new QLabel(ViewTexts::historyFolder + QStringLiteral(" ") + QString::fromStdString(m_history.store() ? m_history.store()->directory() : std::string()), this);
     where->setWordWrap(true);
     where->setTextInteractionFlags(Qt::TextSelectableByMouse);
     where->setStyleSheet("color: #6B7280;");
@@ -85,6 +75,7 @@ HistoryPage::HistoryPage(std::string historyFolder, QWidget* parent)
     column->addLayout(buttons);
     column->addStretch(1);
     connect(m_clear, &QPushButton::clicked, this, &HistoryPage::askToClear);
+    connect(&m_history, &HistoryFeed::changed, this, &HistoryPage::reload);
     reload();
 }
 
@@ -101,12 +92,12 @@ QString HistoryPage::dayOfHistoryText() const
 void HistoryPage::reload()
 {
     m_busy->show();
-    std::string folder = m_historyFolder;
+    HistoryStore* store = m_history.store();
     OffThread::run<Figures>(
         this,
-        [folder] {
+        [store] {
             Figures figures;
-            if (auto store = openExisting(folder)) {
+            if (store && !store->sources().empty()) {
                 figures.exists = true;
                 figures.dayOfHistory = store->dayOfHistoryBytes();
                 figures.stored = store->storedBytes();
@@ -143,11 +134,10 @@ void HistoryPage::clear()
 {
     m_busy->show();
     m_clear->setEnabled(false);
-    std::string folder = m_historyFolder;
+    HistoryStore* store = m_history.store();
     OffThread::run<QString>(
         this,
-        [folder] {
-            auto store = openExisting(folder);
+        [store] {
             if (!store)
                 return QString();
             auto cleared = store->clear();

@@ -12,6 +12,8 @@ class QPushButton;
 
 namespace tarnwick {
 
+class HistoryFeed;
+
 // The settings' history: what a day of history takes, what the history takes in all, where
 // it is kept, and "Clear History…" with its confirmation. Figures are read and the history
 // cleared off the main thread.
@@ -19,7 +21,7 @@ class HistoryPage : public QWidget {
     Q_OBJECT
 
 public:
-    explicit HistoryPage(std::string historyFolder, QWidget* parent = nullptr);
+    explicit HistoryPage(HistoryFeed& history, QWidget* parent = nullptr);
 
     void reload();
     // Opens the confirmation as a sheet of the window; clearing starts when it is accepted.
@@ -37,7 +39,7 @@ Q_SIGNALS:
 private:
     void clear();
 
-    std::string m_historyFolder;
+    HistoryFeed& m_history;
     std::int64_t m_storedBytes = 0;
     QLabel* m_dayOfHistory;
     QLabel* m_stored;

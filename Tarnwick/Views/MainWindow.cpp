@@ -11,6 +11,8 @@
 #include "FindBar.hpp"
 #include "FreeSpaceDialog.hpp"
 #include "History/HistoryStore.hpp"
+#include "HistoryFeed.hpp"
+#include "HistoryRecorder.hpp"
 #include "History/ScanRecorder.hpp"
 #include "InspectorView.hpp"
 #include "ItemMenu.hpp"
@@ -19,7 +21,6 @@
 #include "OffThread.hpp"
 #include "Platform/MountTable.hpp"
 #include "Platform/UserDefaults.hpp"
-#include "Platform/UserFolders.hpp"
 #include "Platform/VolumeIdentity.hpp"
 #include "Scanning/ScanTree.hpp"
 #include "Scanning/ScopeResolver.hpp"
@@ -83,7 +84,6 @@ MainWindow::Environment MainWindow::Environment::standard()
     return Environment {
         home && *home ? std::string(home) : std::string("/"),
         UserDefaults::standardPath(),
-        UserFolders::dataFolder() + "/" + std::string(HistoryStore::historyFolderName),
     };
 }
 
@@ -94,7 +94,8 @@ MainWindow::MainWindow(AppModel& model, Environment environment, QWidget* parent
     , m_defaults(std::make_unique<UserDefaults>(m_environment.defaultsPath))
     , m_favorites(std::make_unique<Favorites>(*m_defaults))
     , m_colors(new ColorMapStore(this))
-    , m_sidebar(new SourceSidebar({ m_environment.home, m_environment.historyFolder }, *m_favorites))
+    , m_history(new HistoryFeed(m_environment.history, this))
+    , m_sidebar(new SourceSidebar({ m_environment.home, m_environment.history }, *m_favorites))
     , m_pages(new QStackedWidget())
     , m_start(new StartView())
     , m_map(new SunburstView())
@@ -105,11 +106,12 @@ MainWindow::MainWindow(AppModel& model, Environment environment, QWidget* parent
     , m_colorModes(new QComboBox())
     , m_find(new FindBar())
     , m_status(new QLabel())
-    , m_changes(new ChangesPane(m_environment.historyFolder))
+    , m_changes(new ChangesPane(*m_history))
     , m_listOrChanges(new QStackedWidget())
     , m_unreadable(new QPushButton())
     , m_fileManager(new FileManagerLink(this))
     , m_search(new SearchPane())
+    , m_historyProblem(new QLabel())
 {
     setWindowTitle(ViewTexts::appName);
     // 1280 x 800 where the screen has room, else what it has.
@@ -140,6 +142,10 @@ MainWindow::MainWindow(AppModel& model, Environment environment, QWidget* parent
                                 "QPushButton#unreadable:hover { color: #92400E; text-decoration: underline; }");
     m_unreadable->hide();
     statusBar()->addPermanentWidget(m_unreadable);
+    m_historyProblem->setStyleSheet("QLabel { padding: 2px 10px; color: #B45309; }");
+    m_historyProblem->setMaximumWidth(520);
+    m_historyProblem->hide();
+    statusBar()->addPermanentWidget(m_historyProblem);
     statusBar()->setSizeGripEnabled(false);
 
     connect(m_sidebar, &SourceSidebar::sourceChosen, this, &MainWindow::choose);
@@ -174,6 +180,10 @@ MainWindow::MainWindow(AppModel& model, Environment environment, QWidget* parent
             m_model.open(*node);
     });
 
+    // A place saved for the first time joins the sidebar's history.
+    connect(m_history, &HistoryFeed::changed, m_sidebar, &SourceSidebar::refresh);
+    connect(m_history, &HistoryFeed::changed, this, &MainWindow::updateHistoryProblem);
+    updateHistoryProblem();
     auto* sidebarTimer = new QTimer(this);
     sidebarTimer->setInterval(sidebarRefreshMilliseconds);
     connect(sidebarTimer, &QTimer::timeout, m_sidebar, &SourceSidebar::refresh);
@@ -568,7 +578,7 @@ void MainWindow::showResult()
     m_colors->keepOnly({ tree.get() });
     updateNavigation(tree, open);
 
-    std::shared_ptr<const ColorMap> colors = m_colors->colors(tree, m_model.colorMode(), result.content);
+    std::shared_ptr<const ColorMap> colors = m_colors->colors(tree, m_model.colorMode(), result.content, result.owners);
     m_map->showTree(tree, open, open == NodeID::root() ? capacityOf(tree) : std::nullopt);
     m_map->setColors(colors);
     m_map->setSelection(selection);
@@ -596,6 +606,28 @@ void MainWindow::showResult()
     if (!colors)
         status += QStringLiteral(" · ") + ViewTexts::coloring;
     m_status->setText(status);
+}
+
+// A save that failed stays in sight until one succeeds; a rebuilt index is told for the
+// rest of the session, as the status command tells it.
+void MainWindow::updateHistoryProblem()
+{
+    std::optional<std::string> problem;
+    if (HistoryStore* store = m_history->store()) {
+        if (auto error = store->saveError())
+            problem = std::string(HistoryRecorder::notSavedPrefix) + error->message();
+        else
+            problem = store->recoveryNotice();
+    }
+    QString text = problem ? QString::fromStdString(*problem) : QString();
+    m_historyProblem->setToolTip(text);
+    m_historyProblem->setText(m_historyProblem->fontMetrics().elidedText(text, Qt::ElideMiddle, m_historyProblem->maximumWidth() - 20));
+    m_historyProblem->setVisible(problem.has_value());
+}
+
+QString MainWindow::historyProblem() const
+{
+    return m_historyProblem->toolTip();
 }
 
 void MainWindow::updateLegend(const std::shared_ptr<const ColorMap>& colors, const std::shared_ptr<const ScanTree>& tree, NodeID root)
@@ -738,7 +770,9 @@ void MainWindow::updateUnreadable()
 
 SavedDayWindow* MainWindow::openSavedDay(const QString& path, qint64 entryID)
 {
-    auto* day = new SavedDayWindow(m_environment.historyFolder, path.toStdString(), entryID, this);
+    if (!m_environment.history)
+        return nullptr;
+    auto* day = new SavedDayWindow(*m_environment.history, path.toStdString(), entryID, this);
     day->setAttribute(Qt::WA_DeleteOnClose);
     connect(day, &SavedDayWindow::compareRequested, this, &MainWindow::compareWithDay);
     day->show();
@@ -776,7 +810,7 @@ void MainWindow::openFreeSpace(const QString& diskPath)
 {
     std::string path = diskPath.toStdString();
     QString name = path == "/" ? QStringLiteral("System Disk") : diskPath.section('/', -1, -1, QString::SectionSkipEmpty);
-    auto* dialog = new FreeSpaceDialog(name, ScanRecorder::sourceFor(ScopeResolver::realPath(path)), m_environment.historyFolder, this);
+    auto* dialog = new FreeSpaceDialog(name, ScanRecorder::sourceFor(ScopeResolver::realPath(path)), *m_history, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->show();
 }
@@ -791,7 +825,7 @@ void MainWindow::bringToFront()
 SettingsDialog* MainWindow::openSettings(int page)
 {
     if (!m_settings) {
-        m_settings = new SettingsDialog(m_environment.defaultsPath, m_environment.historyFolder, m_environment.dailyScans, this);
+        m_settings = new SettingsDialog(m_environment.defaultsPath, *m_history, m_environment.dailyScans, this);
         connect(m_settings, &SettingsDialog::menuBarChanged, this, &MainWindow::menuBarSettingsChanged);
         connect(m_settings, &SettingsDialog::historyCleared, this, [this] {
             m_sidebar->refresh();

@@ -21,6 +21,9 @@ class QStackedWidget;
 
 namespace tarnwick {
 
+class HistoryFeed;
+class HistoryStore;
+
 class AppModel;
 class Breadcrumb;
 class ChangesPane;
@@ -52,10 +55,10 @@ public:
     struct Environment {
         std::string home;
         std::string defaultsPath;
-        std::string historyFolder;
+        HistoryStore* history = nullptr; // the app's history; null without one
         DailyScans* dailyScans = nullptr; // the settings' switch and snapshot now; none without a history
 
-        // The user's home, settings file and history folder.
+        // The user's home and settings file, without a history.
         static Environment standard();
     };
 
@@ -67,6 +70,9 @@ public:
     [[nodiscard]] InspectorView* inspector() const { return m_inspector; }
     [[nodiscard]] MapLegend* legend() const { return m_legend; }
     [[nodiscard]] SourceSidebar* sidebar() const { return m_sidebar; }
+    [[nodiscard]] HistoryFeed& history() const { return *m_history; }
+    // What the status bar says of the history: empty while all is well.
+    [[nodiscard]] QString historyProblem() const;
     [[nodiscard]] Breadcrumb* breadcrumb() const { return m_breadcrumb; }
     [[nodiscard]] QComboBox* colorModes() const { return m_colorModes; }
     [[nodiscard]] FindBar* findBar() const { return m_find; }
@@ -131,6 +137,7 @@ private:
     void showChanges(bool shown);
     void updateChanges();
     void updateUnreadable();
+    void updateHistoryProblem();
     std::optional<VolumeCapacity> capacityOf(const std::shared_ptr<const ScanTree>& tree);
 
     AppModel& m_model;
@@ -138,6 +145,7 @@ private:
     std::unique_ptr<UserDefaults> m_defaults;
     std::unique_ptr<Favorites> m_favorites;
     ColorMapStore* m_colors;
+    HistoryFeed* m_history;
 
     SourceSidebar* m_sidebar;
     QStackedWidget* m_pages;
@@ -164,6 +172,7 @@ private:
     NodeID m_searchRoot;
     QAction* m_home = nullptr;
     QAction* m_showUnreadable = nullptr;
+    QLabel* m_historyProblem; // a failed save or a rebuilt index, in the status bar
     const ScanTree* m_unreadableTree = nullptr;
     SettingsDialog* m_settings = nullptr;
 

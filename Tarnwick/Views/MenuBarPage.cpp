@@ -1,9 +1,9 @@
 #include "MenuBarPage.hpp"
 
-#include "History/HistoryStore.hpp"
+#include "HistoryFeed.hpp"
 #include "MenuBar/MenuBarItem.hpp"
 #include "MenuBar/MenuBarTexts.hpp"
-#include "MenuBarDisks.hpp"
+#include "MenuBar/MenuBarDisks.hpp"
 #include "MenuBarSettings.hpp"
 #include "MenuBarViews.hpp"
 #include "OffThread.hpp"
@@ -22,7 +22,6 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <filesystem>
 
 namespace tarnwick {
 
@@ -48,10 +47,10 @@ QRadioButton* radio(std::string_view title, QWidget* parent)
 
 }
 
-MenuBarPage::MenuBarPage(std::shared_ptr<UserDefaults> defaults, std::string historyFolder, QWidget* parent)
+MenuBarPage::MenuBarPage(std::shared_ptr<UserDefaults> defaults, HistoryFeed& history, QWidget* parent)
     : QWidget(parent)
     , m_defaults(std::move(defaults))
-    , m_historyFolder(std::move(historyFolder))
+    , m_history(history)
     , m_shown(new QCheckBox(ViewTexts::showInTray, this))
     , m_all(radio(MenuBarTexts::allDisksOption, this))
     , m_physical(radio(MenuBarTexts::physicalDisksOption, this))
@@ -146,6 +145,7 @@ MenuBarPage::MenuBarPage(std::shared_ptr<UserDefaults> defaults, std::string his
         (void)MenuBarSettings::setShown(*m_defaults, shown);
         Q_EMIT changed();
     });
+    connect(&m_history, &HistoryFeed::changed, this, &MenuBarPage::updatePreview);
     reloadShown();
     showStyle(MenuBarSettings::style(*m_defaults));
     updatePreview();
@@ -233,18 +233,12 @@ void MenuBarPage::updatePreview()
 {
     MenuBarStyle chosen = style();
     std::shared_ptr<UserDefaults> defaults = m_defaults;
-    std::string folder = m_historyFolder;
+    HistoryStore* store = m_history.store();
     ++m_previewing;
     OffThread::run<std::vector<MenuBarSegment>>(
         this,
-        [chosen, defaults, folder] {
-            std::unique_ptr<HistoryStore> store;
-            std::error_code error;
-            if (std::filesystem::exists(std::filesystem::path(folder) / HistoryStore::indexFileName, error)) {
-                if (auto opened = HistoryStore::open(folder))
-                    store = std::move(*opened);
-            }
-            MenuBarDisks disks(store.get(), *defaults);
+        [chosen, defaults, store] {
+            MenuBarDisks disks(store, *defaults);
             return MenuBarItem::segments(disks.read(MenuBarDisks::systemDisks()), chosen, MenuBarItem::changeThreshold);
         },
         [this](std::vector<MenuBarSegment> segments) {

@@ -16,6 +16,8 @@ class QRadioButton;
 
 namespace tarnwick {
 
+class HistoryFeed;
+
 class UserDefaults;
 
 // The settings of the tray item: whether it is shown, which disks, what of them, and one
@@ -25,7 +27,7 @@ class MenuBarPage : public QWidget {
     Q_OBJECT
 
 public:
-    MenuBarPage(std::shared_ptr<UserDefaults> defaults, std::string historyFolder, QWidget* parent = nullptr);
+    MenuBarPage(std::shared_ptr<UserDefaults> defaults, HistoryFeed& history, QWidget* parent = nullptr);
 
     // The style the controls show.
     [[nodiscard]] MenuBarStyle style() const;
@@ -53,7 +55,7 @@ private:
     void updatePreview();
 
     std::shared_ptr<UserDefaults> m_defaults;
-    std::string m_historyFolder;
+    HistoryFeed& m_history;
     bool m_applying = false;
     int m_previewing = 0;
     std::vector<MenuBarSegment> m_previewSegments;

@@ -40,7 +40,7 @@ QString longDay(Date date)
 
 }
 
-SavedDayWindow::SavedDayWindow(std::string historyFolder, std::string path, std::int64_t entryID, QWidget* parent)
+SavedDayWindow::SavedDayWindow(HistoryStore& history, std::string path, std::int64_t entryID, QWidget* parent)
     : QWidget(parent, Qt::Window)
     , m_path(std::move(path))
     , m_title(new QLabel())
@@ -110,21 +110,18 @@ SavedDayWindow::SavedDayWindow(std::string historyFolder, std::string path, std:
     std::string place = m_path;
     OffThread::run<Loaded>(
         this,
-        [historyFolder = std::move(historyFolder), place, entryID] {
+        [store = &history, place, entryID] {
             Loaded result;
-            auto store = HistoryStore::open(historyFolder);
-            if (!store)
-                return result;
-            for (const HistorySource& source : (*store)->sources()) {
+            for (const HistorySource& source : store->sources()) {
                 if (source.path != place)
                     continue;
-                std::optional<HistoryStore::SourceRecord> record = (*store)->record(source);
+                std::optional<HistoryStore::SourceRecord> record = store->record(source);
                 if (!record)
                     continue;
                 for (const HistoryEntry& entry : record->entries) {
                     if (entry.id != entryID)
                         continue;
-                    auto day = SnapshotLoader::load(**store, source, entry);
+                    auto day = SnapshotLoader::load(*store, source, entry);
                     if (!day)
                         return result;
                     result.entry = day->entry;

@@ -15,6 +15,7 @@ class QPushButton;
 namespace tarnwick {
 
 class Breadcrumb;
+class HistoryStore;
 class ListPane;
 class ScanTree;
 class SunburstView;
@@ -27,8 +28,9 @@ class SavedDayWindow : public QWidget {
     Q_OBJECT
 
 public:
-    // The day snapshot entryID of the place at path, from the history in historyFolder.
-    SavedDayWindow(std::string historyFolder, std::string path, std::int64_t entryID, QWidget* parent = nullptr);
+    // The day snapshot entryID of the place at path, from the app's history, which outlives
+    // the window.
+    SavedDayWindow(HistoryStore& history, std::string path, std::int64_t entryID, QWidget* parent = nullptr);
     ~SavedDayWindow() override;
 
     [[nodiscard]] bool isLoading() const { return m_loading; }

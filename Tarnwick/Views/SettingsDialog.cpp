@@ -13,14 +13,14 @@
 
 namespace tarnwick {
 
-SettingsDialog::SettingsDialog(std::string defaultsPath, std::string historyFolder, DailyScans* dailyScans, QWidget* parent)
+SettingsDialog::SettingsDialog(std::string defaultsPath, HistoryFeed& history, DailyScans* dailyScans, QWidget* parent)
     : QDialog(parent)
     , m_defaults(std::make_shared<UserDefaults>(std::move(defaultsPath)))
     , m_tabs(new QTabWidget(this))
-    , m_alerts(new AlertsPage(m_defaults, historyFolder))
+    , m_alerts(new AlertsPage(m_defaults, history))
     , m_daily(new DailyScansPage(dailyScans))
-    , m_menuBar(new MenuBarPage(m_defaults, historyFolder))
-    , m_history(new HistoryPage(historyFolder))
+    , m_menuBar(new MenuBarPage(m_defaults, history))
+    , m_history(new HistoryPage(history))
 {
     setWindowTitle(ViewTexts::settingsTitle);
     setObjectName("settings");

@@ -9,6 +9,8 @@ class QTabWidget;
 
 namespace tarnwick {
 
+class HistoryFeed;
+
 class AlertsPage;
 class DailyScans;
 class DailyScansPage;
@@ -23,7 +25,7 @@ class SettingsDialog : public QDialog {
 public:
     enum class Page { alerts, dailyScans, menuBar, history };
 
-    SettingsDialog(std::string defaultsPath, std::string historyFolder, DailyScans* dailyScans, QWidget* parent = nullptr);
+    SettingsDialog(std::string defaultsPath, HistoryFeed& history, DailyScans* dailyScans, QWidget* parent = nullptr);
 
     void showPage(Page page);
     [[nodiscard]] Page currentPage() const;

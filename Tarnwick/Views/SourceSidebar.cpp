@@ -17,7 +17,6 @@
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
-#include <filesystem>
 
 namespace tarnwick {
 
@@ -217,13 +216,9 @@ std::vector<SourceSidebar::Source> SourceSidebar::sources() const
         list.push_back({ Kind::home, ViewTexts::homeFolder, m_places.home });
     for (const std::string& path : m_favorites.paths())
         list.push_back({ Kind::favorite, lastComponent(path), path });
-    // Opening the store would make its folder; a place never scanned has no history to list.
-    std::error_code error;
-    if (!m_places.historyFolder.empty() && std::filesystem::exists(std::filesystem::path(m_places.historyFolder) / "index.json", error)) {
-        if (auto store = HistoryStore::open(m_places.historyFolder)) {
-            for (const HistorySource& place : (*store)->sources())
-                list.push_back({ Kind::history, lastComponent(place.path), place.path });
-        }
+    if (m_places.history) {
+        for (const HistorySource& place : m_places.history->sources())
+            list.push_back({ Kind::history, lastComponent(place.path), place.path });
     }
     return list;
 }
@@ -327,17 +322,14 @@ void SourceSidebar::showMenu(const QPoint& position)
 void SourceSidebar::addSavedDays(QMenu& menu, const std::string& path)
 {
     constexpr std::size_t shownDays = 31;
-    std::error_code error;
-    if (m_places.historyFolder.empty() || !std::filesystem::exists(std::filesystem::path(m_places.historyFolder) / "index.json", error))
-        return;
-    auto store = HistoryStore::open(m_places.historyFolder);
+    HistoryStore* store = m_places.history;
     if (!store)
         return;
     std::string real = ScopeResolver::realPath(path);
-    for (const HistorySource& source : (*store)->sources()) {
+    for (const HistorySource& source : store->sources()) {
         if (source.path != real)
             continue;
-        std::optional<HistoryStore::SourceRecord> record = (*store)->record(source);
+        std::optional<HistoryStore::SourceRecord> record = store->record(source);
         if (!record || record->entries.empty())
             continue;
         QMenu* days = menu.addMenu(ViewTexts::savedDays);

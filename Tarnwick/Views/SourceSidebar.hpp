@@ -14,6 +14,8 @@ class QPushButton;
 
 namespace tarnwick {
 
+class HistoryStore;
+
 class Favorites;
 
 // The sources down the left of the window: every disk with its free space, the home folder,
@@ -34,7 +36,7 @@ public:
 
     struct Places {
         std::string home;
-        std::string historyFolder; // the history store's folder; its sources are listed
+        HistoryStore* history = nullptr; // the app's history, whose places are listed
     };
 
     SourceSidebar(Places places, Favorites& favorites, QWidget* parent = nullptr);

@@ -1,10 +1,10 @@
 #include "TrayItem.hpp"
 
 #include "Alerts/AlertTexts.hpp"
-#include "History/HistoryStore.hpp"
+#include "HistoryFeed.hpp"
 #include "MenuBar/MenuBarItem.hpp"
 #include "MenuBar/MenuBarTexts.hpp"
-#include "MenuBarDisks.hpp"
+#include "MenuBar/MenuBarDisks.hpp"
 #include "MenuBarSettings.hpp"
 #include "MenuBarViews.hpp"
 #include "OffThread.hpp"
@@ -19,7 +19,6 @@
 #include <QSystemTrayIcon>
 #include <QTimer>
 
-#include <filesystem>
 
 namespace tarnwick {
 
@@ -32,10 +31,10 @@ QString text(std::string_view view)
 
 }
 
-TrayItem::TrayItem(std::string defaultsPath, std::string historyFolder, DailyScans* dailyScans, Actions actions, QObject* parent)
+TrayItem::TrayItem(std::string defaultsPath, HistoryFeed& history, DailyScans* dailyScans, Actions actions, QObject* parent)
     : QObject(parent)
     , m_defaults(std::make_shared<UserDefaults>(std::move(defaultsPath)))
-    , m_historyFolder(std::move(historyFolder))
+    , m_history(history)
     , m_dailyScans(dailyScans)
     , m_actions(std::move(actions))
     , m_icon(new QSystemTrayIcon(this))
@@ -51,6 +50,8 @@ TrayItem::TrayItem(std::string defaultsPath, std::string historyFolder, DailySca
     });
     m_timer->setInterval(refreshMilliseconds);
     connect(m_timer, &QTimer::timeout, this, &TrayItem::refresh);
+    // The change since yesterday moves with each saved snapshot; the space now with the timer.
+    connect(&m_history, &HistoryFeed::changed, this, &TrayItem::refresh);
     m_timer->start();
     if (m_dailyScans) {
         QPointer<TrayItem> guard(this);
@@ -116,24 +117,16 @@ bool TrayItem::eventFilter(QObject* watched, QEvent* event)
 
 void TrayItem::refresh()
 {
-    if (!m_store) {
-        // Opening the store would make its folder: wait until a scan has been saved.
-        std::error_code error;
-        if (std::filesystem::exists(std::filesystem::path(m_historyFolder) / HistoryStore::indexFileName, error)) {
-            if (auto store = HistoryStore::open(m_historyFolder))
-                m_store = std::shared_ptr<HistoryStore>(std::move(*store));
-        }
-        // Without a history the disks still show their space; the changes come with it.
-        m_disks = std::make_shared<MenuBarDisks>(m_store.get(), *m_defaults);
-    }
+    // Without a history the disks still show their space.
+    if (!m_disks)
+        m_disks = std::make_shared<MenuBarDisks>(m_history.store(), *m_defaults);
     std::shared_ptr<MenuBarDisks> disks = m_disks;
-    std::shared_ptr<HistoryStore> store = m_store;
     std::shared_ptr<UserDefaults> defaults = m_defaults;
     MenuBarStyle style = MenuBarSettings::style(*m_defaults);
     ++m_refreshing;
     OffThread::run<std::vector<MenuBarSegment>>(
         this,
-        [disks, store, defaults, style] {
+        [disks, defaults, style] {
             std::vector<MenuBarDisk> facts = disks->read(MenuBarDisks::systemDisks());
             return MenuBarItem::segments(facts, style, MenuBarItem::changeThreshold);
         },

@@ -22,7 +22,7 @@ class QTimer;
 
 namespace tarnwick {
 
-class HistoryStore;
+class HistoryFeed;
 class MenuBarDisks;
 class UserDefaults;
 
@@ -43,7 +43,7 @@ public:
     // Rereads the disks this often; the history and the settings also make it read them.
     static constexpr int refreshMilliseconds = 60'000;
 
-    TrayItem(std::string defaultsPath, std::string historyFolder, DailyScans* dailyScans, Actions actions, QObject* parent = nullptr);
+    TrayItem(std::string defaultsPath, HistoryFeed& history, DailyScans* dailyScans, Actions actions, QObject* parent = nullptr);
     ~TrayItem() override;
 
     // Whether the desktop has a tray to show the item in.
@@ -86,8 +86,7 @@ private:
     void applyVisibility();
 
     std::shared_ptr<UserDefaults> m_defaults; // shared with the reads off the main thread
-    std::string m_historyFolder;
-    std::shared_ptr<HistoryStore> m_store;
+    HistoryFeed& m_history;
     std::shared_ptr<MenuBarDisks> m_disks;
     DailyScans* m_dailyScans;
     DailyScans::ObserverID m_dailyObserver = 0;

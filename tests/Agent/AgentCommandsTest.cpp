@@ -46,10 +46,10 @@ TEST(AgentCommands, TableOrderAndWhatNeedsTheApp)
     std::string needingApp;
     for (const Command& command : table()) {
         names += command.name + " ";
-        if (command.needsApp)
+        if (command.route == AgentCommands::Route::app)
             needingApp += command.name + " ";
     }
-    EXPECT_EQ(names, "status disks changes history types alerts add-alert remove-alert scan wait summary find show rescan skill ");
+    EXPECT_EQ(names, "status disks changes history types alerts add-alert remove-alert metrics scan wait summary find show rescan skill ");
     EXPECT_EQ(needingApp, "scan wait summary find show rescan ");
     EXPECT_EQ(find("Summary"), nullptr);
     EXPECT_EQ(find("help"), nullptr);
@@ -64,6 +64,7 @@ TEST(AgentCommands, UsageLines)
         { "types", "types [PATH] [--by MODE] [--folders N] [--limit N] [--cursor N]" },
         { "add-alert", "add-alert PATH [--fuller-than PERCENT] [--larger-than SIZE] [--share PERCENT] [--grows-by SIZE] [--period PERIOD]" },
         { "remove-alert", "remove-alert PATH" },
+        { "metrics", "metrics [--write DIR]" },
         { "wait", "wait [--timeout SECONDS]" },
         { "find", "find [PATH] [--kind KIND] [--min-size SIZE] [--older-than DAYS] [--name PATTERN] [--limit N] [--cursor CURSOR]" },
         { "show", "show PATH [--color MODE]" },
@@ -82,7 +83,7 @@ TEST(AgentCommands, OptionKeys)
     EXPECT_EQ(keys,
         "changes--period=period changes--limit=limit types--by=color types--folders=folders_per_type types--limit=limit "
         "types--cursor=cursor add-alert--fuller-than=fuller_than_percent add-alert--larger-than=larger_than "
-        "add-alert--share=share_percent add-alert--grows-by=grows_by add-alert--period=period wait--timeout=timeout_s "
+        "add-alert--share=share_percent add-alert--grows-by=grows_by add-alert--period=period metrics--write=write wait--timeout=timeout_s "
         "summary--limit=limit find--kind=kind find--min-size=min_size find--older-than=older_than_days find--name=name "
         "find--limit=limit find--cursor=cursor show--color=color ");
 }

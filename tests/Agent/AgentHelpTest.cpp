@@ -42,10 +42,10 @@ TEST(AgentHelp, GeneralHelpPartsInOrder)
         "Other:\n  status ", "\n  skill ",
         "\n  help          This help, or a command's with help COMMAND.\n",
         "Typical tasks", "'/opt/my tools/tarnwick' changes / --period week",
-        "'/opt/my tools/tarnwick' --open ~/Projects", "# the first time: lets Tarnwick read it and starts the scan",
+        "'/opt/my tools/tarnwick' --open ~/Projects", "# opens it in Tarnwick's window and scans it",
         "'/opt/my tools/tarnwick' show ~/.npm",
         "Rules\n  - Don't delete anything",
-        "\n  - Tarnwick reads only the disks and folders the user allowed. NO_ACCESS: run '/opt/my tools/tarnwick' --open 'PATH'.\n",
+        "\n  - Tarnwick reads what the user's file permissions allow. NO_ACCESS names the missing permission and the owner",
         "Output\nText by default.", "Exit status: 0 done;", "4 Tarnwick couldn't start.",
     });
     EXPECT_EQ(count(text, "\n  - "), 7u);
@@ -62,7 +62,7 @@ TEST(AgentHelp, CommandHelp)
         "PATH", "Folder or disk. Without it:",
         "--period PERIOD", "Since when: yesterday,",
         "--limit N", "How many changed items to list, 1 to 50; 15 by default.\n",
-        "tarnwick changes --period week\n", "tarnwick changes ~/Library --period month --limit 30\n",
+        "tarnwick changes --period week\n", "tarnwick changes ~/.cache --period month --limit 30\n",
         "Answers from the saved snapshots when the app isn't running.",
     });
     EXPECT_NE(text.back(), '\n');

@@ -1,4 +1,5 @@
 #include "MenuBar/MenuBarItem.hpp"
+#include "Support/Phrases.hpp"
 
 #include <gtest/gtest.h>
 
@@ -181,4 +182,7 @@ TEST(MenuBarItem, Texts)
     EXPECT_EQ(MenuBarItem::description(segment), "System Disk: 23 % free, 120 GB free, +2.10 GB since yesterday");
     segment = MenuBarSegment { "id", "Backup", false, std::nullopt, std::nullopt, -3 * GB, true, true, 2 };
     EXPECT_EQ(MenuBarItem::description(segment), "Backup (2): ≈−3.00 GB since yesterday, an alert is exceeded");
+    segment.changeSince = std::chrono::sys_days(std::chrono::year(2024) / 6 / 7) + std::chrono::hours(12);
+    EXPECT_EQ(MenuBarItem::description(segment), "Backup (2): ≈−3.00 GB since " + Phrases::localDay(*segment.changeSince)
+            + " (yesterday's snapshot couldn't be read), an alert is exceeded");
 }

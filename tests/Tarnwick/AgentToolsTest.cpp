@@ -1,4 +1,8 @@
 #include "AgentTools.hpp"
+#include "SnapshotAnswers.hpp"
+
+#include "Agent/AgentCommands.hpp"
+#include "Agent/DataHome.hpp"
 
 #include "AppModel.hpp"
 #include "MainExecutor.hpp"
@@ -145,6 +149,51 @@ TEST_F(AgentToolsTest, SummaryGivesOwnersCachesHiddenAndRatios)
     EXPECT_EQ(json["hidden_bytes"], 0);
     EXPECT_NE(summary.text.find("Owners: "), std::string::npos) << summary.text;
     EXPECT_NE(summary.text.find("On disk / size: "), std::string::npos) << summary.text;
+}
+
+// The command table alone decides who answers: every command it routes to the app or the
+// history has its handler there, so none is answered "no such command".
+TEST_F(AgentToolsTest, EveryRoutedCommandHasItsHandler)
+{
+    // The history's commands read and write the user's settings and history: these go to
+    // folders of the test's own.
+    fixtures::DataHome home;
+    const char* config = std::getenv("XDG_CONFIG_HOME");
+    std::optional<std::string> previousConfig = config ? std::optional<std::string>(config) : std::nullopt;
+    setenv("XDG_CONFIG_HOME", (home.folder() / "config").c_str(), 1);
+    for (const AgentCommands::Command& command : AgentCommands::table()) {
+        if (command.route != AgentCommands::Route::app && command.route != AgentCommands::Route::history)
+            continue;
+        AgentResult answer = command.route == AgentCommands::Route::history
+            ? SnapshotAnswers::answer(Request { command.name, { { "path", m_place.path() } }, true })
+            : ask(command.name, command.path.kind == AgentCommands::PathArgument::Kind::none ? std::map<std::string, std::string> {}
+                                                                                               : std::map<std::string, std::string> { { "path", m_place.path() } }, true);
+        EXPECT_EQ(answer.text.find("has no command"), std::string::npos) << command.name << ": " << answer.text;
+    }
+    if (previousConfig)
+        setenv("XDG_CONFIG_HOME", previousConfig->c_str(), 1);
+    else
+        unsetenv("XDG_CONFIG_HOME");
+}
+
+// The owners of a finished scan are attributed once, with it: the summary and the types by
+// owner read those, and the two agree with each other.
+TEST_F(AgentToolsTest, OwnersComeWithTheScanAndServeEveryAnswer)
+{
+    auto owners = m_executor.runAndWait<std::shared_ptr<const OwnerMap>>([&] { return m_model.result()->owners; });
+    ASSERT_TRUE(owners);
+    const std::int64_t total = m_executor.runAndWait<std::int64_t>([&] { return m_model.result()->tree->allocatedSize(NodeID::root()); });
+    std::int64_t attributed = 0;
+    for (const OwnerMap::Owner& owner : owners->owners())
+        attributed += owner.bytes;
+    EXPECT_LE(attributed, total);
+
+    auto summary = nlohmann::json::parse(JSONCoding::render(*ask("summary", { { "path", m_place.path() } }, true).structured, JSONLayout::pretty));
+    auto types = nlohmann::json::parse(JSONCoding::render(*ask("types", { { "path", m_place.path() }, { "color", "owner" } }, true).structured, JSONLayout::pretty));
+    ASSERT_FALSE(summary["owners"].empty());
+    ASSERT_TRUE(types.contains("groups")) << types.dump();
+    EXPECT_EQ(summary["owners"][0]["key"], types["groups"][0]["key"]) << types.dump();
+    EXPECT_EQ(summary["owners"][0]["size_bytes"], types["groups"][0]["size_bytes"]) << types.dump();
 }
 
 TEST_F(AgentToolsTest, FindBelowAPathLongerThan8KBSaysSoInsteadOfPagingForever)

@@ -1,7 +1,8 @@
 // Each file of the history damaged in each way, then read by each reader: an intact day
 // snapshot is never hidden, a damaged one is named, and no intact snapshot file disappears.
+#include "Agent/DataHome.hpp"
 #include "Agent/AgentFormat.hpp"
-#include "AlertReadings.hpp"
+#include "Alerts/AlertReadings.hpp"
 #include "History/HistoryTestSupport.hpp"
 #include "History/Snapshot.hpp"
 #include "History/SnapshotColors.hpp"
@@ -124,6 +125,9 @@ nlohmann::json structured(const AgentResult& result)
 // stands at noon that day. "grow" grows by 5 MB a day, "steady" stays, "small" is never kept.
 class HistoryDamageTest : public ::testing::Test {
 protected:
+    // The answers' caches go with the test, not into the user's.
+    fixtures::DataHome home;
+
     void SetUp() override
     {
         auto opened = open();
@@ -265,6 +269,9 @@ TEST_F(HistoryDamageTest, EveryReaderAnswersFromWhatIsIntactAndNothingIntactIsLo
 
             AgentResult types = ask(*store, "types", {});
             EXPECT_FALSE(types.isError) << label << ": " << types.text;
+            // The disks' record reads the same store: a damaged one never makes it fail.
+            AgentResult disks = ask(*store, "disks", {});
+            EXPECT_FALSE(disks.isError) << label << ": " << disks.text;
 
             SpaceAlert alert { "3F2A9C1E-0B7D-4C55-8E21-6A9F0D3B7C10", "/data/grow", { SpaceAlert::Condition::Size { 50 * MB } } };
             AlertReading reading = AlertReadings::read(alert, store.get(), now);
@@ -301,7 +308,7 @@ TEST_F(HistoryDamageTest, EveryReaderAnswersFromWhatIsIntactAndNothingIntactIsLo
     }
 }
 
-TEST_F(HistoryDamageTest, ADamagedIndexIsSetAsideRebuiltAndToldOnce)
+TEST_F(HistoryDamageTest, ADamagedIndexIsSetAsideRebuiltWithItsKeptMarksAndToldOnce)
 {
     {
         auto store = open();
@@ -327,6 +334,11 @@ TEST_F(HistoryDamageTest, ADamagedIndexIsSetAsideRebuiltAndToldOnce)
     EXPECT_EQ(readBytes(aside[0]), std::vector<std::uint8_t>(damaged.begin(), damaged.end()));
     EXPECT_EQ(store->entries(place).size(), static_cast<std::size_t>(days));
     EXPECT_FALSE(store->indexProblem());
+    // The kept mark and its note, which no snapshot file holds, come back from their copy.
+    for (const HistoryEntry& entry : store->entries(place)) {
+        EXPECT_EQ(entry.isKept, entry.id == record.entries[2].id) << entry.id;
+        EXPECT_EQ(entry.note, entry.isKept ? std::optional<std::string>("before the clean-up") : std::nullopt) << entry.id;
+    }
     // A second process finds a good index, and nothing to tell.
     EXPECT_FALSE(open()->recoveryNotice());
     // The new index hands out ids after every file's.

@@ -1,6 +1,7 @@
 // What changes and history say when the snapshots cannot tell everything: a single
 // snapshot, a folder a snapshot doesn't keep, a folder gone since, a history shorter than
 // the period.
+#include "Agent/DataHome.hpp"
 #include "Agent/AgentFormat.hpp"
 #include "History/HistoryTestSupport.hpp"
 #include "SavedScans.hpp"
@@ -20,6 +21,9 @@ using Files = std::vector<std::pair<std::string, std::int64_t>>;
 
 class HonestChangesTest : public ::testing::Test {
 protected:
+    // The answers' caches go with the test, not into the user's.
+    fixtures::DataHome home;
+
     void SetUp() override
     {
         store = std::move(*HistoryStore::open(folder / "History", Calendar::fixed(0), HistoryStore::defaultSizeLimit, [this] { return now; }));

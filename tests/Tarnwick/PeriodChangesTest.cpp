@@ -1,6 +1,6 @@
 #include "Alerts/SpaceAlertStore.hpp"
 #include "History/HistoryTestSupport.hpp"
-#include "MenuBarDisks.hpp"
+#include "MenuBar/MenuBarDisks.hpp"
 #include "History/PeriodChanges.hpp"
 #include "Platform/UserDefaults.hpp"
 #include "SavedScans.hpp"
@@ -142,6 +142,8 @@ TEST_F(PeriodChangesTest, ADamagedStartFallsBackToTheNearestIntactDay)
             auto change = disks.changeSinceYesterday(place);
             ASSERT_TRUE(change);
             EXPECT_EQ(change->bytes, changes->at("/data")->change);
+            // The tray says which day it compared with.
+            EXPECT_EQ(change->since, c.start);
         }
         std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
     }

@@ -5,6 +5,7 @@
 #include "Tarnwick/SavedScans.hpp"
 #include "ViewTestSupport.hpp"
 #include "Views/ChangesPane.hpp"
+#include "Views/HistoryFeed.hpp"
 #include "Views/SunburstView.hpp"
 #include "Views/ViewTexts.hpp"
 
@@ -26,7 +27,6 @@ class ChangesPaneTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        store = std::move(*HistoryStore::open(folder / "History"));
         place = ScanRecorder::sourceFor(root);
         testing::saveScan(*store, place, *fourDaysAgo, now - std::chrono::hours(100));
         testing::saveScan(*store, place, *yesterday, now - std::chrono::hours(30));
@@ -52,13 +52,14 @@ protected:
     fixtures::TempFolder folder;
     std::string root = folder.path();
     Date now = std::chrono::time_point_cast<std::chrono::microseconds>(std::chrono::system_clock::now());
-    std::unique_ptr<HistoryStore> store;
+    std::unique_ptr<HistoryStore> store = std::move(*HistoryStore::open(folder / "History"));
+    HistoryFeed feed { store.get() };
     HistorySource place;
     std::shared_ptr<const ScanTree> fourDaysAgo = testing::treeOf(root, { { "Videos/a.mp4", 50 * MB }, { "Code/src.tar", 30 * MB }, { "Old/x.bin", 40 * MB } });
     std::shared_ptr<const ScanTree> yesterday = testing::treeOf(root, { { "Videos/a.mp4", 70 * MB }, { "Code/src.tar", 30 * MB }, { "Old/x.bin", 40 * MB } });
     std::shared_ptr<const ScanTree> today = testing::treeOf(root,
         { { "Videos/a.mp4", 90 * MB }, { "Videos/Clips/c.mov", 20 * MB }, { "Code/src.tar", 30 * MB }, { "Old/x.bin", 10 * MB } });
-    ChangesPane pane { folder / "History" };
+    ChangesPane pane { feed };
 };
 
 }

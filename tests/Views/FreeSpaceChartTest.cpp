@@ -5,6 +5,7 @@
 #include "ViewTestSupport.hpp"
 #include "Views/FreeSpaceChart.hpp"
 #include "Views/FreeSpaceDialog.hpp"
+#include "Views/HistoryFeed.hpp"
 #include "Views/ViewFormat.hpp"
 #include "Views/ViewTexts.hpp"
 
@@ -95,9 +96,9 @@ TEST(FreeSpaceChart, SaysWhyThereIsNoForecast)
 TEST(FreeSpaceDialog, ReadsTheVolumesRecordOffTheMainThread)
 {
     fixtures::TempFolder folder;
+    auto store = HistoryStore::open(folder / "History");
+    ASSERT_TRUE(store);
     {
-        auto store = HistoryStore::open(folder / "History");
-        ASSERT_TRUE(store);
         Date now = std::chrono::system_clock::now();
         for (int day = 5; day >= 0; --day)
             ASSERT_TRUE((*store)->recordMeasurement("dev:8:1", { now - std::chrono::days(day), 500 * GB, (100 + day * 3) * GB, std::nullopt }));
@@ -113,7 +114,8 @@ TEST(FreeSpaceDialog, ReadsTheVolumesRecordOffTheMainThread)
         return space ? ViewTexts::freeOf(ViewFormat::size(space->available), ViewFormat::size(space->total)) : QString();
     };
     QString before = freeNow();
-    FreeSpaceDialog dialog(QStringLiteral("Data"), { "/", "dev:8:1" }, folder / "History");
+    HistoryFeed feed(store->get());
+    FreeSpaceDialog dialog(QStringLiteral("Data"), { "/", "dev:8:1" }, feed);
     EXPECT_TRUE(dialog.isLoading());
     ASSERT_TRUE(testing::waitFor([&] { return !dialog.isLoading(); }));
     EXPECT_EQ(dialog.chart()->timeline().dayCount, 6);
@@ -130,7 +132,8 @@ TEST(FreeSpaceDialog, ReadsTheVolumesRecordOffTheMainThread)
     EXPECT_EQ(dialog.summaryText().indexOf(QStringLiteral("100 GB")), -1);
     EXPECT_EQ(dialog.windowTitle(), ViewTexts::freeSpaceOf(QStringLiteral("Data")));
 
-    FreeSpaceDialog nothing(QStringLiteral("Data"), { "/", "dev:8:1" }, folder / "none");
+    HistoryFeed none(nullptr);
+    FreeSpaceDialog nothing(QStringLiteral("Data"), { "/", "dev:8:1" }, none);
     ASSERT_TRUE(testing::waitFor([&] { return !nothing.isLoading(); }));
     EXPECT_EQ(nothing.chart()->forecastText(), ViewTexts::noMeasurements);
 }

@@ -27,12 +27,16 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+
 #include <QAction>
 #include <QComboBox>
 #include <QImage>
 #include <QMenu>
 #include <QMenuBar>
 #include <QTableWidget>
+#include <QListWidget>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QTableView>
@@ -63,7 +67,7 @@ protected:
         scanned.makeFile("backup.zip", 2'000'000);
         DesktopApp::useQtLoop(executor);
         model = std::make_unique<AppModel>(executor);
-        MainWindow::Environment environment { scanned.path(), settings / "defaults.json", settings / "History" };
+        MainWindow::Environment environment { scanned.path(), settings / "defaults.json", history.get() };
         window = std::make_unique<MainWindow>(*model, environment);
         window->resize(1280, 800);
         window->show();
@@ -106,6 +110,8 @@ protected:
 
     fixtures::TempFolder scanned;
     fixtures::TempFolder settings;
+    // The app's one history, which the window is given and the tests save into.
+    std::unique_ptr<HistoryStore> history = std::move(*HistoryStore::open(settings / "History"));
     MainExecutor executor;
     std::unique_ptr<AppModel> model;
     std::unique_ptr<MainWindow> window;
@@ -353,17 +359,58 @@ TEST_F(MainWindowTest, FavoritesAndPlacesWithAHistoryAppearInTheSidebar)
     ASSERT_TRUE(favorites.add(favorite.path()));
     EXPECT_TRUE(listed(SourceSidebar::Kind::favorite, favorite.path()));
 
-    auto store = HistoryStore::open(settings / "History");
-    ASSERT_TRUE(store.has_value());
     HistoryStore::SnapshotFiles files;
     files.date = std::chrono::system_clock::now();
     files.total = 1000;
     files.current = { 1, 2, 3 };
     files.day = { 4, 5, 6 };
-    ASSERT_TRUE((*store)->save(HistorySource { "/home/ann/Projects", "dev:8:1" }, files).has_value());
+    ASSERT_TRUE(history->save(HistorySource { "/home/ann/Projects", "dev:8:1" }, files).has_value());
+    // The save is announced: the sidebar lists the new place without being asked.
+    ASSERT_TRUE(waitFor([&] {
+        for (int row = 0; row < window->sidebar()->list()->count(); ++row) {
+            if (window->sidebar()->list()->item(row)->text().contains(QStringLiteral("Projects")))
+                return true;
+        }
+        return false;
+    }));
     EXPECT_TRUE(listed(SourceSidebar::Kind::history, "/home/ann/Projects"));
     for (const auto& source : window->sidebar()->sources())
         EXPECT_NE(source.kind, SourceSidebar::Kind::section);
+}
+
+TEST_F(MainWindowTest, TheStatusBarSaysWhenASnapshotCouldNotBeSavedUntilOneIs)
+{
+    EXPECT_TRUE(window->historyProblem().isEmpty());
+    HistorySource place { "/home/ann/Projects", "dev:8:1" };
+    HistoryStore::SnapshotFiles files;
+    files.date = std::chrono::system_clock::now();
+    files.current = { 1 };
+    files.day = { 1 };
+    // A file where the place's folder goes: the save can't make it.
+    const std::string inTheWay = settings / "History" + "/" + HistoryStore::folderName(place);
+    std::ofstream(inTheWay) << "in the way";
+    ASSERT_FALSE(history->save(place, files));
+    ASSERT_TRUE(waitFor([&] { return window->historyProblem().startsWith(QStringLiteral("The snapshot couldn't be saved: ")); }));
+    EXPECT_TRUE(window->historyProblem().contains(QString::fromStdString(inTheWay))) << window->historyProblem().toStdString();
+
+    std::filesystem::remove(inTheWay);
+    ASSERT_TRUE(history->save(place, files));
+    ASSERT_TRUE(waitFor([&] { return window->historyProblem().isEmpty(); }));
+}
+
+TEST_F(MainWindowTest, ARebuiltIndexIsToldInTheStatusBar)
+{
+    HistorySource place { "/home/ann/Projects", "dev:8:1" };
+    HistoryStore::SnapshotFiles files;
+    files.date = std::chrono::system_clock::now();
+    files.current = { 1 };
+    files.day = { 1 };
+    ASSERT_TRUE(history->save(place, files));
+    window.reset();
+    std::ofstream(settings / "History" + "/index.json", std::ios::trunc) << "{ not an index";
+    history = std::move(*HistoryStore::open(settings / "History"));
+    window = std::make_unique<MainWindow>(*model, MainWindow::Environment { scanned.path(), settings / "defaults.json", history.get() });
+    EXPECT_TRUE(window->historyProblem().startsWith(QStringLiteral("The history's index was damaged."))) << window->historyProblem().toStdString();
 }
 
 TEST_F(MainWindowTest, ChangesTakeThePlaceOfTheListAndDrawOnTheMap)
@@ -371,11 +418,9 @@ TEST_F(MainWindowTest, ChangesTakeThePlaceOfTheListAndDrawOnTheMap)
     scan();
     // The recorder of the app is not part of this window: save the scan as it would, once as
     // the day before's snapshot and once as this scan's own.
-    auto store = HistoryStore::open(settings / "History");
-    ASSERT_TRUE(store);
     const AppModel::Result& result = *model->result();
-    ASSERT_TRUE(ScanRecorder::record(**store, result.tree, result.content, result.finishedAt - std::chrono::hours(48)));
-    ASSERT_TRUE(ScanRecorder::record(**store, result.tree, result.content, result.finishedAt));
+    ASSERT_TRUE(ScanRecorder::record(*history, result.tree, result.content, result.finishedAt - std::chrono::hours(48)));
+    ASSERT_TRUE(ScanRecorder::record(*history, result.tree, result.content, result.finishedAt));
 
     auto* stack = window->changes()->parentWidget();
     ASSERT_TRUE(stack);

@@ -59,7 +59,7 @@ TEST_F(SavedDayWindowTest, ADaySnapshotOpensAsAMapOfItsKeptFolders)
     const HistoryEntry& day = record.entries.front();
     auto snapshot = SnapshotLoader::load(*store, place, day);
     ASSERT_TRUE(snapshot);
-    SavedDayWindow window(folder / "History", root, day.id);
+    SavedDayWindow window(*store, root, day.id);
     window.resize(1100, 720);
     window.show();
     ASSERT_TRUE(waitFor([&] { return !window.isLoading() && !window.map()->isDrawing(); }));
@@ -102,7 +102,7 @@ TEST_F(SavedDayWindowTest, ADaySnapshotOpensAsAMapOfItsKeptFolders)
 
 TEST_F(SavedDayWindowTest, ADayThatCannotBeReadSaysSo)
 {
-    SavedDayWindow window(folder / "History", root, 999'999);
+    SavedDayWindow window(*store, root, 999'999);
     ASSERT_TRUE(waitFor([&] { return !window.isLoading(); }));
     EXPECT_FALSE(window.tree());
     EXPECT_EQ(window.headline(), ViewTexts::savedDayUnreadable);

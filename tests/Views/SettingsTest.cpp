@@ -12,6 +12,7 @@
 #include "ViewTestSupport.hpp"
 #include "Views/AlertsPage.hpp"
 #include "Views/DailyScansPage.hpp"
+#include "Views/HistoryFeed.hpp"
 #include "Views/HistoryPage.hpp"
 #include "Views/MenuBarPage.hpp"
 #include "Views/SettingsDialog.hpp"
@@ -39,6 +40,7 @@ protected:
     void SetUp() override
     {
         store = std::move(*HistoryStore::open(history));
+        feed = std::make_unique<HistoryFeed>(store.get());
         testing::saveScan(*store, ScanRecorder::sourceFor(folder.path()), *testing::treeOf(folder.path(), { { "A/a", 40 * MB } }),
             std::chrono::system_clock::now() - std::chrono::hours(30));
         daily = std::make_unique<DailyScans>(DailyScans::Services {
@@ -55,6 +57,7 @@ protected:
     std::string defaultsPath = folder / "config/tarnwick/defaults.json";
     std::shared_ptr<UserDefaults> defaults = std::make_shared<UserDefaults>(defaultsPath);
     std::unique_ptr<HistoryStore> store;
+    std::unique_ptr<HistoryFeed> feed;
     std::unique_ptr<DailyScans> daily;
 };
 
@@ -62,7 +65,7 @@ protected:
 
 TEST_F(SettingsTest, AlertsAreSetReadAndRemoved)
 {
-    AlertsPage page(defaults, history);
+    AlertsPage page(defaults, *feed);
     ASSERT_EQ(page.list()->topLevelItemCount(), 1); // "No alerts yet."
     EXPECT_EQ(page.list()->topLevelItem(0)->text(0), ViewTexts::noAlerts);
 
@@ -128,7 +131,7 @@ TEST_F(SettingsTest, TheDailySnapshotSwitchAndASnapshotNow)
 
 TEST_F(SettingsTest, TheMenuBarStyleIsSavedAsItIsChosen)
 {
-    MenuBarPage page(defaults, history);
+    MenuBarPage page(defaults, *feed);
     EXPECT_EQ(page.style(), MenuBarStyle {});
     ASSERT_TRUE(waitFor([&] { return !page.isPreviewing(); }));
     MenuBarStyle each { MenuBarStyle::Disks::all(), false, true, false, MenuBarStyle::Layout::each };
@@ -150,7 +153,7 @@ TEST_F(SettingsTest, TheMenuBarStyleIsSavedAsItIsChosen)
 
 TEST_F(SettingsTest, ClearingTheHistoryAsksFirst)
 {
-    HistoryPage page(history);
+    HistoryPage page(*feed);
     ASSERT_TRUE(waitFor([&] { return !page.isBusy(); }));
     EXPECT_TRUE(page.dayOfHistoryText().startsWith(QStringLiteral("A day of history takes about ")));
     EXPECT_GT(page.storedBytes(), 0);
@@ -179,7 +182,7 @@ TEST_F(SettingsTest, ClearingTheHistoryAsksFirst)
 
 TEST_F(SettingsTest, TheDialogOpensOnAPage)
 {
-    SettingsDialog dialog(defaultsPath, history, daily.get());
+    SettingsDialog dialog(defaultsPath, *feed, daily.get());
     dialog.showPage(SettingsDialog::Page::history);
     EXPECT_EQ(dialog.currentPage(), SettingsDialog::Page::history);
     QSignalSpy changed(&dialog, &SettingsDialog::menuBarChanged);

@@ -7,6 +7,7 @@
 #include "ViewTestSupport.hpp"
 #include "Views/MapPalette.hpp"
 #include "Views/MenuBarViews.hpp"
+#include "Views/HistoryFeed.hpp"
 #include "Views/TrayItem.hpp"
 #include "Views/ViewTexts.hpp"
 
@@ -80,7 +81,8 @@ TEST(TrayItem, ShowsTheDisksAndRunsTheDailySnapshot)
         },
         folder / "autostart/tarnwick.desktop", "/usr/bin/tarnwick" });
     int opened = 0;
-    TrayItem tray(defaultsPath, folder / "History", &daily, { [&] { ++opened; }, nullptr, nullptr });
+    HistoryFeed feed(store->get());
+    TrayItem tray(defaultsPath, feed, &daily, { [&] { ++opened; }, nullptr, nullptr });
     ASSERT_TRUE(testing::waitFor([&] { return !tray.isRefreshing(); }));
     EXPECT_TRUE(tray.toolTip().startsWith(ViewTexts::appName));
     EXPECT_FALSE(tray.icon().isNull());

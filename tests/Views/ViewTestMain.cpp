@@ -17,6 +17,7 @@ int main(int argc, char** argv)
     std::string scratch = std::string(std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "/tmp") + "/tarnwick-view-tests-" + std::to_string(getpid());
     setenv("XDG_CONFIG_HOME", (scratch + "/config").c_str(), 1);
     setenv("XDG_DATA_HOME", (scratch + "/data").c_str(), 1);
+    setenv("XDG_CACHE_HOME", (scratch + "/cache").c_str(), 1);
     QApplication application(argc, argv);
     tarnwick::DesktopApp::applyStyle(application);
     int status = RUN_ALL_TESTS();

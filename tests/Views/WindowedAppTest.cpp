@@ -52,6 +52,7 @@ protected:
             "HOME=" + home.path(),
             "XDG_DATA_HOME=" + (private_ / "data"),
             "XDG_CONFIG_HOME=" + (private_ / "config"),
+            "XDG_CACHE_HOME=" + (private_ / "cache"),
             "XDG_RUNTIME_DIR=" + (private_ / "run"),
             "PATH=/usr/bin:/bin",
             "DISPLAY=",

@@ -49,7 +49,7 @@ protected:
     {
         m_home.makeFolder("home");
         m_environment = "HOME='" + (m_home / "home") + "' XDG_DATA_HOME='" + (m_home / "data") + "' XDG_CONFIG_HOME='" + (m_home / "config")
-            + "' XDG_RUNTIME_DIR='" + (m_home / "run") + "' DISPLAY= WAYLAND_DISPLAY=";
+            + "' XDG_CACHE_HOME='" + (m_home / "cache") + "' XDG_RUNTIME_DIR='" + (m_home / "run") + "' DISPLAY= WAYLAND_DISPLAY=";
     }
     void TearDown() override { stopApps(); }
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The manual page and the completions as the shells and man read them: no roff warnings,
 # every command that `tarnwick help` lists is documented and completes, and option values
-# complete from their choices.
+# complete from their choices, or with folders.
 set -euo pipefail
 exe=$1 docs=$2
 fail() { echo "generated-docs: $*" >&2; exit 1; }
@@ -43,6 +43,13 @@ for name in "${commands[@]}"; do
 done
 grep -qx week <<<"$(fish_complete 'tarnwick changes --period ')" || fail "fish does not offer week for --period"
 grep -qx -- --min-size <<<"$(fish_complete 'tarnwick find --')" || fail "fish does not offer find's --min-size"
+
+# A folder's option completes folders, not files.
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+mkdir "$scratch/prom-dir" && touch "$scratch/prom-file"
+[ "$(cd "$scratch" && bash_complete tarnwick metrics --write pro)" = prom-dir ] || fail "bash does not complete --write with folders only"
+[ "$(cd "$scratch" && fish_complete 'tarnwick metrics --write prom')" = prom-dir/ ] || fail "fish does not complete --write with folders only"
 
 # zsh's completion system needs a terminal to run; the function must at least parse.
 zsh -n "$docs/_tarnwick" || fail "zsh cannot parse _tarnwick"

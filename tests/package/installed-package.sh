@@ -31,7 +31,7 @@ module=$(find "$root/usr/lib" -name libtarnwick-desktop.so)
 
 mkdir -p "$home/home" "$home/data" "$home/config" "$home/run"
 chmod 700 "$home/run"
-export HOME=$home/home XDG_DATA_HOME=$home/data XDG_CONFIG_HOME=$home/config XDG_RUNTIME_DIR=$home/run
+export HOME=$home/home XDG_DATA_HOME=$home/data XDG_CONFIG_HOME=$home/config XDG_CACHE_HOME=$home/cache XDG_RUNTIME_DIR=$home/run
 unset DISPLAY WAYLAND_DISPLAY
 
 "$exe" help | grep -q "^Usage: .*tarnwick COMMAND" || fail "help has no usage line"

@@ -24,6 +24,8 @@ std::string commandCase(const AgentCommands::Command& command)
         valueCases += "        " + option.flag + ")";
         if (option.value.kind == AgentCommands::Value::Kind::choice)
             valueCases += " COMPREPLY=($(compgen -W '" + wordList(option.value.choices) + "' -- \"$cur\"));";
+        else if (option.value.kind == AgentCommands::Value::Kind::folder)
+            valueCases += " COMPREPLY=($(compgen -d -- \"$cur\"));";
         valueCases += " return ;;\n";
     }
     flags.emplace_back(CompletionWords::json.flag);

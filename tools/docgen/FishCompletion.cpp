@@ -38,6 +38,8 @@ std::string commandLines(const AgentCommands::Command& command)
         text += "complete -c tarnwick" + after(command.name) + " -l " + option.flag.substr(2) + " -x";
         if (option.value.kind == AgentCommands::Value::Kind::choice)
             text += " -a " + quoted(joined(option.value.choices));
+        else if (option.value.kind == AgentCommands::Value::Kind::folder)
+            text += " -a '(__fish_complete_directories)'";
         text += " -d " + quoted(CompletionWords::firstSentence(option.detail)) + "\n";
     }
     if (CompletionWords::takesPath(command))

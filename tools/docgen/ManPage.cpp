@@ -81,7 +81,7 @@ std::string command(const AgentCommands::Command& command)
     }
     if (command.name != "status" && command.name != "skill") {
         text += ".PP\n";
-        text += command.needsApp ? "Works in the running app; starts it when it isn't running.\n"
+        text += command.route == AgentCommands::Route::app ? "Works in the running app; starts it when it isn't running.\n"
                                  : "Answers from the saved snapshots when the app isn't running.\n";
     }
     return text;
@@ -110,7 +110,15 @@ std::string closing()
         + tagged(".I $XDG_DATA_HOME/tarnwick/Tarnwick.sock", "The socket the running app answers on.")
         + tagged(".I $XDG_CONFIG_HOME/tarnwick/defaults.json",
             "Settings and alerts (by default under ~/.config).")
-        + ".SH SEE ALSO\n.BR du (1),\n.BR df (1)\n";
+        + tagged(".I DIR/tarnwick.prom",
+            "The metrics for node_exporter's textfile collector, once metrics --write DIR named the folder; the app "
+            "replaces it whole after every snapshot it saves.")
+        + tagged(".I /usr/lib/systemd/system/tarnwick.service",
+            "Runs the app for root without a window, with the daily snapshot: systemctl enable --now tarnwick.service. "
+            "The same unit for one user is in /usr/lib/systemd/user (systemctl --user).")
+        + tagged(".I /usr/share/doc/tarnwick/examples/tarnwick.rules.yml",
+            "Prometheus alerting rules to start from: a disk that fills up within a week, a place that grew.")
+        + ".SH SEE ALSO\n.BR du (1),\n.BR df (1),\n.BR prometheus-node-exporter (1)\n";
 }
 
 }

@@ -31,6 +31,8 @@ std::string optionArgument(const AgentCommands::Option& option)
         for (const std::string& choice : option.value.choices)
             argument += (argument.back() == '(' ? "" : " ") + choice;
         argument += ")";
+    } else if (option.value.kind == AgentCommands::Value::Kind::folder) {
+        argument += "_files -/";
     } else {
         argument += " ";
     }

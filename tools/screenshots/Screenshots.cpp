@@ -78,15 +78,8 @@ bool save(QWidget& window, const QString& folder, const QString& name)
 
 // The window's history pictures: what changed in a week, a disk's month of free space, what a
 // scan could not read and the settings, from a history made for the demo.
-bool saveHistoryPictures(MainWindow& window, AppModel& model, const std::string& home, const std::string& historyFolder,
-    const QString& output)
+bool saveHistoryPictures(MainWindow& window, AppModel& model, const std::string& home, HistoryStore& store, const QString& output)
 {
-    auto opened = HistoryStore::open(historyFolder);
-    if (!opened) {
-        std::fprintf(stderr, "screenshots: %s\n", opened.error().message().c_str());
-        return false;
-    }
-    HistoryStore& store = **opened;
     (void)store.clear();
     const AppModel::Result weekAgo = *model.result();
     Date now = std::chrono::system_clock::now();
@@ -105,6 +98,8 @@ bool saveHistoryPictures(MainWindow& window, AppModel& model, const std::string&
     // A week ago on the map, in its own window marked as a past day.
     if (auto record = store.record(ScanRecorder::sourceFor(home)); record && !record->entries.empty()) {
         SavedDayWindow* day = window.openSavedDay(QString::fromStdString(home), record->entries.front().id);
+        if (!day)
+            return false;
         day->resize(1100, 720);
         waitFor([&] { return !day->isLoading() && !day->map()->isDrawing(); });
         written = save(*day, output, "past-day") && written;
@@ -122,7 +117,7 @@ bool saveHistoryPictures(MainWindow& window, AppModel& model, const std::string&
     window.changesAction()->trigger();
     model.open(NodeID::root());
 
-    FreeSpaceDialog disk(QStringLiteral("System Disk"), HistorySource { "/", HistoryDemo::diskVolume }, historyFolder, &window);
+    FreeSpaceDialog disk(QStringLiteral("System Disk"), HistorySource { "/", HistoryDemo::diskVolume }, window.history(), &window);
     disk.resize(760, 520);
     disk.show();
     waitFor([&] { return !disk.isLoading(); });
@@ -185,7 +180,12 @@ int main(int argc, char** argv)
     MainExecutor executor;
     DesktopApp::useQtLoop(executor);
     AppModel model(executor);
-    MainWindow::Environment environment { home, config + "/tarnwick/defaults.json", demoParent + "/data/tarnwick/History" };
+    auto demoStore = HistoryStore::open(demoParent + "/data/tarnwick/History");
+    if (!demoStore) {
+        std::fprintf(stderr, "screenshots: %s\n", demoStore.error().message().c_str());
+        return 1;
+    }
+    MainWindow::Environment environment { home, config + "/tarnwick/defaults.json", demoStore->get() };
     UserDefaults defaults(environment.defaultsPath);
     {
         Favorites favorites(defaults);
@@ -196,9 +196,6 @@ int main(int argc, char** argv)
         (void)alerts.add(home + "/Projects", SpaceAlertStore::PlaceKind::folder, { SpaceAlert::Condition::Size { 3'000'000'000 } });
         (void)alerts.add(home + "/Downloads", SpaceAlertStore::PlaceKind::folder, { SpaceAlert::Condition::Growth { 500'000'000, "week" } });
     }
-    auto demoStore = HistoryStore::open(environment.historyFolder);
-    if (!demoStore)
-        return 1;
     // Each run starts without a history, so that the first pictures show none.
     (void)(*demoStore)->clear();
     // The daily snapshot as it looks after this morning's pass; its login item goes into the
@@ -271,7 +268,7 @@ int main(int argc, char** argv)
             std::printf("screenshots: %s\n", qPrintable(path));
         }
     }
-    written = saveHistoryPictures(window, model, home, environment.historyFolder, output) && written;
+    written = saveHistoryPictures(window, model, home, **demoStore, output) && written;
 
     if (argc == 4) {
         auto large = ScopeResolver::resolve(argv[3]);

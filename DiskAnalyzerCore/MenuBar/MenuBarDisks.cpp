@@ -1,13 +1,12 @@
-#include "MenuBarDisks.hpp"
+#include "MenuBar/MenuBarDisks.hpp"
 
 #include "Alerts/AlertCheck.hpp"
 #include "Alerts/SpaceAlertStore.hpp"
-#include "History/HistoryChanges.hpp"
+#include "History/ChangeOverPeriod.hpp"
 #include "History/HistoryPeriod.hpp"
 #include "History/HistoryStore.hpp"
 #include "History/ScanRecorder.hpp"
-#include "History/Snapshot.hpp"
-#include "History/SnapshotLoader.hpp"
+#include "History/HistoryPlaces.hpp"
 #include "Platform/MountTable.hpp"
 #include "Platform/UserDefaults.hpp"
 #include "Platform/VolumeIdentity.hpp"
@@ -68,14 +67,14 @@ std::optional<MenuBarDisks::Change> MenuBarDisks::changeSinceYesterday(const His
         if (auto known = m_changes.find(key); known != m_changes.end())
             return known->second;
     }
-    // Damaged files are passed over as for every reader: the nearest intact start, the newest
-    // intact latest snapshot; no change when they are one and the same.
+    // The same comparison as the changes command's: damaged files are passed over, and there
+    // is no change when the start and the latest intact snapshot are one and the same.
     std::optional<Change> change;
-    auto from = SnapshotLoader::start(*m_store, *record, HistoryPeriod::yesterday);
-    auto to = SnapshotLoader::latest(*m_store, *record);
-    if (from && to && from->loaded.entry.date < to->loaded.entry.date) {
-        if (auto compared = HistoryQueries::changes(from->loaded.snapshot, to->loaded.snapshot))
-            change = Change { compared->change, compared->isUncertain };
+    if (auto located = HistoryPlaces::locate(*m_store, std::span(&source.path, 1), source.volume)) {
+        auto compared = ChangeOverPeriod::of(*m_store, *located, HistoryPeriod::yesterday, 0);
+        if (compared && compared->reachesPeriod && compared->startsEarlier())
+            change = Change { compared->changes.change, compared->changes.isUncertain,
+                compared->unreadableStart ? std::optional(compared->changes.from->date) : std::nullopt };
     }
     std::scoped_lock guard(m_lock);
     m_changes[key] = change;
@@ -134,6 +133,7 @@ std::vector<MenuBarDisk> MenuBarDisks::read(const std::vector<Disk>& disks)
         if (auto change = changeSinceYesterday(disk.source)) {
             item.change = change->bytes;
             item.changeIsUncertain = change->isUncertain;
+            item.changeSince = change->since;
         }
         item.isAlerted = isAlerted(disk, disks);
         if (disks.size() > 1)

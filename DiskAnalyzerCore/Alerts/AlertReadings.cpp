@@ -1,13 +1,14 @@
-#include "AlertReadings.hpp"
+#include "Alerts/AlertReadings.hpp"
 
-#include "History/SnapshotLoader.hpp"
+#include "History/ChangeOverPeriod.hpp"
+#include "History/HistoryPlaces.hpp"
+#include "Platform/MountTable.hpp"
+#include "Support/Phrases.hpp"
 
 #include "Support/ByteFormat.hpp"
 #include "Alerts/AlertCheck.hpp"
 #include "Alerts/AlertTexts.hpp"
-#include "History/HistoryChanges.hpp"
 #include "Platform/VolumeIdentity.hpp"
-#include "SnapshotPlaces.hpp"
 
 #include <cstdio>
 
@@ -51,12 +52,10 @@ std::string percentText(double value, int decimals)
 std::optional<AlertCheck::Growth> growthOf(HistoryStore& store, const HistoryPlaces::Located& located, std::string_view periodRaw)
 {
     HistoryPeriod period = HistoryPeriod::fromRawValue(periodRaw).value_or(HistoryPeriod::defaultPeriod);
-    auto start = SnapshotLoader::start(store, located.record, period);
-    std::shared_ptr<const Snapshot> from = start ? start->loaded.snapshot : located.current;
-    auto changes = HistoryQueries::changes(from, located.current, located.place, 0);
-    if (!changes)
+    auto compared = ChangeOverPeriod::of(store, located, period, 0);
+    if (!compared)
         return std::nullopt;
-    return AlertCheck::Growth { changes->change, changes->isUncertain, from->date };
+    return AlertCheck::Growth { compared->changes.change, compared->changes.isUncertain, compared->changes.from->date };
 }
 
 std::optional<AlertCheck::Folder> folderOf(const SpaceAlert& alert, HistoryStore* store)
@@ -65,7 +64,7 @@ std::optional<AlertCheck::Folder> folderOf(const SpaceAlert& alert, HistoryStore
         return std::nullopt;
     // A folder reads from the latest snapshot of its disk; one that snapshot no longer keeps
     // is not measured, whatever older ones said.
-    auto located = SnapshotPlaces::locate(store, alert.path);
+    auto located = HistoryPlaces::locate(*store, alert.path);
     if (!located || !located->isInLatest())
         return std::nullopt;
     AlertCheck::Folder folder { located->current->date, located->current->size(located->node), std::nullopt, std::nullopt };
@@ -90,14 +89,14 @@ std::string placeName(const std::string& path)
 
 SpaceAlertStore::PlaceKind placeKind(const std::string& path)
 {
-    return SnapshotPlaces::mountAt(path) ? SpaceAlertStore::PlaceKind::disk : SpaceAlertStore::PlaceKind::folder;
+    return MountTable::mountedAt(HistoryPlaces::pathForms(path)) ? SpaceAlertStore::PlaceKind::disk : SpaceAlertStore::PlaceKind::folder;
 }
 
 AlertReading read(const SpaceAlert& alert, HistoryStore* store, Date now)
 {
     if (const auto* diskUsed = std::get_if<Condition::DiskUsed>(&alert.condition.value)) {
         std::optional<AlertCheck::Disk> disk;
-        if (SnapshotPlaces::mountAt(alert.path)) {
+        if (MountTable::mountedAt(HistoryPlaces::pathForms(alert.path))) {
             if (auto space = VolumeIdentity::space(alert.path))
                 disk = AlertCheck::Disk { space->total, space->available };
         }
@@ -129,8 +128,8 @@ std::string valueText(const Condition& condition, const AlertReading& reading)
     case Condition::Kind::size:
         return ByteFormat::format(static_cast<std::int64_t>(*reading.value));
     case Condition::Kind::growth:
-        return SnapshotPlaces::signedSize(static_cast<std::int64_t>(*reading.value), reading.uncertain)
-            + (reading.since ? " since " + SnapshotPlaces::localTime(*reading.since) : "");
+        return Phrases::signedSize(static_cast<std::int64_t>(*reading.value), reading.uncertain)
+            + (reading.since ? " since " + Phrases::localTime(*reading.since) : "");
     }
     return {};
 }

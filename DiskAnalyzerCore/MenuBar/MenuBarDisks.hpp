@@ -30,6 +30,7 @@ public:
     struct Change {
         std::int64_t bytes = 0;
         bool isUncertain = false;
+        std::optional<Date> since; // the start's date, when yesterday's snapshot couldn't be read
     };
 
     MenuBarDisks(HistoryStore* store, UserDefaults& defaults);
