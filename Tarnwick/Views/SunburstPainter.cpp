@@ -13,6 +13,8 @@ namespace tarnwick::SunburstPainter {
 
 namespace {
 
+constexpr int titleFlags = Qt::AlignHCenter | Qt::AlignBottom | Qt::TextWordWrap;
+
 double degrees(double fraction)
 {
     // Fractions run clockwise from twelve o'clock; Qt's angles anticlockwise from three.
@@ -117,45 +119,59 @@ void drawOutline(QPainter& painter, const SunburstGeometry& geometry, const Sunb
     painter.drawPath(sectorPath(geometry, sector.ring, sector.start, sector.end));
 }
 
-void drawCenter(QPainter& painter, const SunburstGeometry& geometry, const QFont& font, const QString& title, const QString& detail)
+CenterText centerText(const SunburstGeometry& geometry, const QFont& font, const QString& title, const QString& detail)
 {
+    CenterText text;
     QPointF center(geometry.center.x, geometry.center.y);
     double radius = geometry.centerRadius - 2;
+    text.radius = radius;
     if (radius <= 4)
-        return;
-    painter.setPen(QPen(QColor(0xE3, 0xE7, 0xED), 1));
-    painter.setBrush(MapPalette::centerFill());
-    painter.drawEllipse(center, radius, radius);
-
+        return text;
     double room = radius * 1.6;
     // A size never loses its unit: its font shrinks until it fits. A title wraps onto a
     // second line before it shrinks, and is shortened only when even that is not enough.
-    QFont detailFont = font;
-    detailFont.setPointSizeF(detailFont.pointSizeF() * 1.5);
-    detailFont.setWeight(QFont::DemiBold);
-    while (QFontMetricsF(detailFont).horizontalAdvance(detail) > room && detailFont.pointSizeF() > 6)
-        detailFont.setPointSizeF(detailFont.pointSizeF() - 0.5);
-    QFont titleFont = font;
-    titleFont.setBold(true);
-    constexpr int titleFlags = Qt::AlignHCenter | Qt::AlignBottom | Qt::TextWordWrap;
-    auto titleBox = [&] { return QFontMetricsF(titleFont).boundingRect(QRectF(0, 0, room, 1000), titleFlags, title); };
-    while ((titleBox().height() > 2.2 * QFontMetricsF(titleFont).height() || titleBox().width() > room) && titleFont.pointSizeF() > 6)
-        titleFont.setPointSizeF(titleFont.pointSizeF() - 0.5);
-    QFontMetricsF titleMetrics(titleFont);
-    QFontMetricsF detailMetrics(detailFont);
-    QString shownTitle = title;
+    text.detailFont = font;
+    text.detailFont.setPointSizeF(text.detailFont.pointSizeF() * 1.5);
+    text.detailFont.setWeight(QFont::DemiBold);
+    while (QFontMetricsF(text.detailFont).horizontalAdvance(detail) > room && text.detailFont.pointSizeF() > 6)
+        text.detailFont.setPointSizeF(text.detailFont.pointSizeF() - 0.5);
+    text.titleFont = font;
+    text.titleFont.setBold(true);
+    auto titleBox = [&] { return QFontMetricsF(text.titleFont).boundingRect(QRectF(0, 0, room, 1000), titleFlags, title); };
+    while ((titleBox().height() > 2.2 * QFontMetricsF(text.titleFont).height() || titleBox().width() > room) && text.titleFont.pointSizeF() > 6)
+        text.titleFont.setPointSizeF(text.titleFont.pointSizeF() - 0.5);
+    QFontMetricsF titleMetrics(text.titleFont);
+    QFontMetricsF detailMetrics(text.detailFont);
+    text.title = title;
     double titleHeight = std::min(titleBox().height(), 2 * titleMetrics.height());
     if (titleBox().height() > 2.2 * titleMetrics.height() || titleBox().width() > room) {
-        shownTitle = titleMetrics.elidedText(title, Qt::ElideMiddle, room);
+        text.title = titleMetrics.elidedText(title, Qt::ElideMiddle, room);
         titleHeight = titleMetrics.height();
     }
+    text.detail = detail;
     double top = center.y() - (titleHeight + detailMetrics.height()) / 2;
+    text.titleArea = QRectF(center.x() - room / 2, top, room, titleHeight);
+    text.detailArea = QRectF(center.x() - room / 2, top + titleHeight, room, detailMetrics.height());
+    text.titleBox = titleMetrics.boundingRect(text.titleArea, titleFlags, text.title);
+    text.detailBox = detailMetrics.boundingRect(text.detailArea, Qt::AlignCenter, text.detail);
+    return text;
+}
+
+void drawCenter(QPainter& painter, const SunburstGeometry& geometry, const QFont& font, const QString& title, const QString& detail)
+{
+    CenterText text = centerText(geometry, font, title, detail);
+    if (text.radius <= 4)
+        return;
+    QPointF center(geometry.center.x, geometry.center.y);
+    painter.setPen(QPen(QColor(0xE3, 0xE7, 0xED), 1));
+    painter.setBrush(MapPalette::centerFill());
+    painter.drawEllipse(center, text.radius, text.radius);
     painter.setPen(QColor(0x4B, 0x55, 0x63));
-    painter.setFont(titleFont);
-    painter.drawText(QRectF(center.x() - room / 2, top, room, titleHeight), titleFlags, shownTitle);
+    painter.setFont(text.titleFont);
+    painter.drawText(text.titleArea, titleFlags, text.title);
     painter.setPen(QColor(0x11, 0x18, 0x27));
-    painter.setFont(detailFont);
-    painter.drawText(QRectF(center.x() - room / 2, top + titleHeight, room, detailMetrics.height()), Qt::AlignCenter, detail);
+    painter.setFont(text.detailFont);
+    painter.drawText(text.detailArea, Qt::AlignCenter, text.detail);
 }
 
 }

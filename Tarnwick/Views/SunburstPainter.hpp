@@ -7,6 +7,7 @@
 #include <QColor>
 #include <QFont>
 #include <QPainterPath>
+#include <QRectF>
 #include <QString>
 
 #include <functional>
@@ -35,6 +36,19 @@ QFont labelFont(const QFont& font);
 using TextColor = std::function<QColor(NodeID)>;
 void drawLabels(QPainter& painter, const SunburstLabels& labels, const QFont& font, const TextColor& color, const Name& name);
 void drawOutline(QPainter& painter, const SunburstGeometry& geometry, const SunburstSector& sector, const QColor& color, double width);
+// Where the centre's title and detail go, in which fonts, and the boxes their text covers.
+struct CenterText {
+    double radius = 0; // of the disc
+    QFont titleFont;
+    QFont detailFont;
+    QString title; // shortened in the middle when even two lines cannot hold it
+    QString detail;
+    QRectF titleArea;
+    QRectF detailArea;
+    QRectF titleBox;
+    QRectF detailBox;
+};
+CenterText centerText(const SunburstGeometry& geometry, const QFont& font, const QString& title, const QString& detail);
 // The centre disc with a title over a larger detail line.
 void drawCenter(QPainter& painter, const SunburstGeometry& geometry, const QFont& font, const QString& title, const QString& detail);
 

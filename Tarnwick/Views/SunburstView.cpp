@@ -387,6 +387,12 @@ std::pair<QString, QString> SunburstView::centerTexts() const
     return { m_tree ? ViewFormat::shortName(*m_tree, m_root) : QString(), detail };
 }
 
+SunburstPainter::CenterText SunburstView::centerText()
+{
+    auto [title, detail] = centerTexts();
+    return SunburstPainter::centerText(currentGeometry(), font(), title, detail);
+}
+
 void SunburstView::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);

@@ -7,6 +7,7 @@
 #include "Geometry/SunburstLayout.hpp"
 #include "Geometry/VolumeCapacity.hpp"
 #include "MapPicture.hpp"
+#include "SunburstPainter.hpp"
 #include "Scanning/ScanProgress.hpp"
 
 #include <QImage>
@@ -96,6 +97,8 @@ public:
     // What the tooltip says about a sector: its name, size and share of the open folder.
     [[nodiscard]] QString describe(const SunburstSector& sector) const;
     [[nodiscard]] ScanBanner* scanBanner() const { return m_banner; }
+    // What the centre says now, and where.
+    SunburstPainter::CenterText centerText();
 
 Q_SIGNALS:
     void folderOpened(tarnwick::NodeID folder);

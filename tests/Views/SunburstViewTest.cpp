@@ -363,3 +363,36 @@ TEST_F(SunburstViewTest, TooltipsMarkLowerBoundsAndSharesOfTheOpenFolder)
 
 }
 }
+
+namespace tarnwick {
+
+// At the sizes the map gets in 1024 x 700, 1280 x 800 and 1920 x 1080 windows, what the centre
+// writes stays inside its disc: a long folder name wraps or shrinks, a size keeps its unit.
+TEST_F(SunburstViewTest, TheCentresTextStaysInsideItsDisc)
+{
+    const std::string names[] { "alex", "Letters and applications from the last years", "tarnwick-build-output-with-a-long-name-and-more" };
+    for (const std::string& name : names) {
+        testing::TreeFixture fixture(name);
+        fixture.add("a/file.bin", 1'234'500'000'000);
+        fixture.add("b/file.bin", 900'000'000);
+        auto tree = fixture.finish(TreeBuilder::Metadata::included, "/home/alex/" + name);
+        for (QSize size : { QSize(320, 320), QSize(560, 520), QSize(720, 640), QSize(1180, 900) }) {
+            map.resize(size);
+            map.showTree(tree, NodeID::root(), std::nullopt);
+            SunburstPainter::CenterText text = map.centerText();
+            SunburstGeometry geometry = map.currentGeometry();
+            QPointF center(geometry.center.x, geometry.center.y);
+            ASSERT_GT(text.radius, 4);
+            EXPECT_TRUE(text.detail.endsWith(QStringLiteral("TB")));
+            for (const QRectF& box : { text.titleBox, text.detailBox }) {
+                for (QPointF corner : { box.topLeft(), box.topRight(), box.bottomLeft(), box.bottomRight() }) {
+                    QPointF offset = corner - center;
+                    EXPECT_LE(std::hypot(offset.x(), offset.y()), text.radius)
+                        << name << " at " << size.width() << " x " << size.height() << ": " << text.title.toStdString();
+                }
+            }
+        }
+    }
+}
+
+}
