@@ -109,8 +109,32 @@ std::unordered_map<NodeID, PeriodChanges::NodeChange> PeriodChanges::onTree(cons
         std::int64_t change = comparison->after(p) - comparison->before(p);
         if (change != 0 || comparison->isUncertain(p))
             result.emplace(*nodes[p], NodeChange { change, comparison->isUncertain(p) });
+        if (change > 0)
+            markChangedFiles(tree, *nodes[p], change, result);
     }
     return result;
+}
+
+// Snapshots keep folders only, so a grown folder's files have no change of their own. Those
+// changed since the start of the period (new, or written to) are where the growth most likely
+// went: the largest of them carry it, each at most its size and together at most the folder's
+// growth, marked uncertain.
+void PeriodChanges::markChangedFiles(const ScanTree& tree, NodeID folder, std::int64_t growth, std::unordered_map<NodeID, NodeChange>& changes) const
+{
+    for (NodeID child : tree.children(folder)) {
+        if (growth <= 0)
+            return;
+        if (isContainer(tree.kind(child)) || changes.contains(child))
+            continue;
+        std::optional<Date> changed = tree.lastChangeInside(child);
+        if (!changed || *changed < m_start.date)
+            continue;
+        std::int64_t mark = std::min(tree.allocatedSize(child), growth);
+        if (mark <= 0)
+            continue;
+        changes.emplace(child, NodeChange { mark, true });
+        growth -= mark;
+    }
 }
 
 }

@@ -60,11 +60,14 @@ public:
     [[nodiscard]] std::expected<HistoryQueries::Changes, HistoryQueries::ChangesError> at(std::string_view place) const;
 
     // Every changed place the snapshots keep, by its node in tree (the scan the current
-    // snapshot was made of); places the tree does not hold are left out. Linear in the sizes of
-    // the kept folders' child lists.
+    // snapshot was made of); places the tree does not hold are left out. A grown folder's files
+    // changed since the start carry its growth, uncertain. Linear in the sizes of the kept
+    // folders' child lists.
     [[nodiscard]] std::unordered_map<NodeID, NodeChange> onTree(const ScanTree& tree) const;
 
 private:
+    void markChangedFiles(const ScanTree& tree, NodeID folder, std::int64_t growth, std::unordered_map<NodeID, NodeChange>& changes) const;
+
     HistoryPeriod m_period;
     HistoryEntry m_start;
     HistoryEntry m_current;

@@ -177,6 +177,39 @@ TEST_F(PeriodChangesTest, FromAPickedDay)
     EXPECT_EQ(damaged.error(), PeriodChanges::Problem::unreadable);
 }
 
+// Snapshots keep folders only: in a grown folder, the files changed since the start carry the
+// growth on the map, largest first and no more than the folder grew, marked uncertain.
+TEST_F(PeriodChangesTest, AGrownFoldersChangedFilesCarryItsGrowth)
+{
+    auto stored = [](Date date) { return TreeDate::encodeUnixSeconds(std::chrono::duration_cast<std::chrono::seconds>(date.time_since_epoch()).count()); };
+    auto tree = [&](bool later) {
+        TreeFixture fixture;
+        fixture.add(TreeFixture::Item { "Videos/old.mp4", 30 * MB, NodeKind::file, std::nullopt, stored(utc(2024, 1, 1, 9)) });
+        fixture.add(TreeFixture::Item { "Docs/x.pdf", 20 * MB, NodeKind::file, std::nullopt, stored(utc(2024, 1, 1, 9)) });
+        if (later) {
+            fixture.add(TreeFixture::Item { "Videos/new.mp4", 25 * MB, NodeKind::file, std::nullopt, stored(utc(2024, 6, 9, 12)) });
+            fixture.add(TreeFixture::Item { "Videos/small.txt", 1 * MB, NodeKind::file, std::nullopt, stored(utc(2024, 6, 9, 13)) });
+        }
+        return fixture.finish(TreeBuilder::Metadata::included, "/media");
+    };
+    HistorySource media { "/media", "volume-1" };
+    saveScan(*store, media, *tree(false), utc(2024, 6, 7, 9));
+    auto now = tree(true);
+    saveScan(*store, media, *now, utc(2024, 6, 10, 8));
+    auto changes = PeriodChanges::load(*store, media, HistoryPeriod::dayBeforeYesterday, utc(2024, 6, 10, 8));
+    ASSERT_TRUE(changes);
+    auto onTree = changes->onTree(*now);
+    auto node = [&](const std::string& path) { return now->node("/media/" + path).value(); };
+    // Kept to 10 MB: Videos went from 30 to 50 MB.
+    ASSERT_TRUE(onTree.contains(node("Videos")));
+    EXPECT_EQ(onTree.at(node("Videos")).change, 20 * MB);
+    ASSERT_TRUE(onTree.contains(node("Videos/new.mp4")));
+    EXPECT_EQ(onTree.at(node("Videos/new.mp4")), (PeriodChanges::NodeChange { 20 * MB, true }));
+    EXPECT_FALSE(onTree.contains(node("Videos/small.txt"))); // the growth is spent
+    EXPECT_FALSE(onTree.contains(node("Videos/old.mp4")));   // not changed since
+    EXPECT_FALSE(onTree.contains(node("Docs/x.pdf")));       // its folder did not grow
+}
+
 TEST_F(PeriodChangesTest, TheTraysChangeSinceYesterday)
 {
     UserDefaults defaults(folder / "defaults.json");
