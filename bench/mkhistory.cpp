@@ -40,14 +40,16 @@ std::shared_ptr<const ScanTree> disk(std::size_t keptFolders, int day, const std
     while (folders.size() < keptFolders) {
         // Parents among the first folders keep paths as short as a real disk's (a few levels).
         NodeID parent = folders[random.below(std::min<std::size_t>(folders.size(), 1 + folders.size() / 20))];
-        NodeID folder = builder.addNode(parent, "folder " + std::to_string(++serial), NodeKind::directory, std::nullopt, std::nullopt, serial,
+        ++serial;
+        NodeID folder = builder.addNode(parent, "folder " + std::to_string(serial), NodeKind::directory, std::nullopt, std::nullopt, serial,
             now, now, false);
         folders.push_back(folder);
         for (int f = 0; f < 4; ++f) {
             auto size = 2'000'000 + static_cast<std::int64_t>(random.below(4'000'000));
             if (growth.below(50) == 0)
                 size += static_cast<std::int64_t>(day) * 1'000'000;
-            builder.addNode(folder, "file" + std::to_string(++serial) + ".bin", NodeKind::file, size, size, serial, now, now, false);
+            ++serial;
+            builder.addNode(folder, "file" + std::to_string(serial) + ".bin", NodeKind::file, size, size, serial, now, now, false);
         }
     }
     return std::move(builder).finalize(rootPath, ScanCoverage::whole(), TreeBuilder::Metadata::included);

@@ -12,6 +12,8 @@ packages=(
   util-linux
   qt6-base-dev qt6-charts-dev qt6-svg-dev qt6-qpa-plugins libgl-dev libqt6opengl6-dev
   xvfb xauth
+  # "Show in the File Manager" is tested against a file manager on a private session bus.
+  dbus-daemon
   # Daily snapshots over a month of faked dates, end to end.
   faketime
   # The package: its icons are drawn at build time; make test builds, validates and runs it,
