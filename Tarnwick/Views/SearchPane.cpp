@@ -159,8 +159,8 @@ void SearchPane::fill()
         m_summary->setText(m_name.isEmpty() ? QString() : ViewTexts::findInvalid);
         return;
     }
-    m_summary->setText(ViewTexts::findCount(m_found->matchCount, ViewFormat::size(m_found->matchedBytes, m_found->matchedIncomplete))
-        + QStringLiteral(" ") + ViewTexts::searchBelow(ViewFormat::shortName(*m_tree, m_folder)));
+    m_summary->setText(ViewTexts::findCount(m_found->matchCount, ViewFormat::size(m_found->matchedBytes, m_found->matchedIncomplete),
+        ViewFormat::shortName(*m_tree, m_folder)));
     m_results->setRowCount(static_cast<int>(m_found->items.size()));
     int row = 0;
     for (const TreeSearch::Item& item : m_found->items) {

@@ -132,17 +132,15 @@ inline QString searchUnchangedFor(int days)
 }
 inline const QString searchClose = QStringLiteral("Back to the list");
 inline const QString searchWhere = QStringLiteral("In");
-inline QString searchBelow(const QString& folder)
-{
-    return QStringLiteral("(below %1)").arg(folder);
-}
 inline const QString findNothingOpen = QStringLiteral("Nothing is open to search.");
 inline const QString findInvalid = QStringLiteral("The name pattern isn't valid.");
-inline QString findCount(std::int64_t count, const QString& size)
+// "5 items below alex match, 1.52 GB in all."
+inline QString findCount(std::int64_t count, const QString& size, const QString& folder)
 {
     if (count == 0)
-        return QStringLiteral("No item here matches.");
-    return count == 1 ? QStringLiteral("1 item matches, %1.").arg(size) : QStringLiteral("%1 items match, %2 in all.").arg(count).arg(size);
+        return QStringLiteral("No item below %1 matches.").arg(folder);
+    return count == 1 ? QStringLiteral("1 item below %1 matches, %2.").arg(folder, size)
+                      : QStringLiteral("%1 items below %2 match, %3 in all.").arg(count).arg(folder, size);
 }
 
 // Menus.

@@ -252,8 +252,9 @@ TEST_F(SunburstViewTest, LargeSectorsAreNamedWithoutCuttingOrOverlapping)
         EXPECT_TRUE(named.contains(image.value)) << "the disc image's sector has no name at " << size.width();
         for (const SunburstLayout::Ring& ring : map.currentLayout().rings) {
             for (const SunburstSector& sector : ring) {
-                if (sector.node() && sector.span() >= 0.05)
+                if (sector.node() && sector.span() >= 0.05) {
                     EXPECT_TRUE(named.contains(sector.node()->value)) << tree->name(*sector.node()) << " at " << size.width();
+                }
             }
         }
     }
