@@ -222,13 +222,24 @@ Command skill()
         PathArgument::none(), {}, Route::tool, {} };
 }
 
+Command in(HelpGroup group, Command command)
+{
+    command.group = group;
+    return command;
+}
+
 }
 
 const std::vector<Command>& table()
 {
+    using enum HelpGroup;
     static const std::vector<Command> commands {
-        status(), disks(), changes(), history(), types(), alerts(), addAlert(), removeAlert(), metrics(),
-        scan(), wait(), summary(), findCommand(), show(), rescan(), skill(),
+        in(other, status()),
+        in(snapshots, disks()), in(snapshots, changes()), in(snapshots, history()), in(snapshots, types()),
+        in(monitoring, alerts()), in(monitoring, addAlert()), in(monitoring, removeAlert()), in(monitoring, metrics()),
+        in(withScan, scan()), in(withScan, wait()), in(withScan, summary()), in(withScan, findCommand()), in(withScan, show()),
+        in(withScan, rescan()),
+        in(other, skill()),
     };
     return commands;
 }

@@ -66,6 +66,9 @@ enum class Route : std::uint8_t {
     tool,    // the tool alone, without asking the app
 };
 
+// Where help lists a command, in this order.
+enum class HelpGroup : std::uint8_t { snapshots, monitoring, withScan, other };
+
 struct Command {
     std::string name;
     std::string summary;
@@ -74,6 +77,7 @@ struct Command {
     std::vector<Option> options;
     Route route = Route::history;
     std::vector<std::string> examples; // command lines without the tool's name
+    HelpGroup group = HelpGroup::other;
 
     [[nodiscard]] const Option* option(std::string_view flag) const;
 };

@@ -9,20 +9,19 @@ namespace tarnwick::AgentHelp {
 
 namespace {
 
-struct CommandGroup {
-    std::string_view heading;
-    std::vector<std::string_view> names;
-};
-
-const std::vector<CommandGroup>& commandGroups()
+std::string_view heading(AgentCommands::HelpGroup group)
 {
-    static const std::vector<CommandGroup> groups {
-        { "From the daily snapshots, no scan needed:", { "disks", "changes", "history", "types" } },
-        { "Monitoring, no scan needed:", { "alerts", "add-alert", "remove-alert", "metrics" } },
-        { "With a scan, in the app's window:", { "scan", "wait", "summary", "find", "show", "rescan" } },
-        { "Other:", { "status", "skill" } },
-    };
-    return groups;
+    switch (group) {
+    case AgentCommands::HelpGroup::snapshots:
+        return "From the daily snapshots, no scan needed:";
+    case AgentCommands::HelpGroup::monitoring:
+        return "Monitoring, no scan needed:";
+    case AgentCommands::HelpGroup::withScan:
+        return "With a scan, in the app's window:";
+    case AgentCommands::HelpGroup::other:
+        break;
+    }
+    return "Other:";
 }
 
 // The name column of the listing; the closing help line is written to the same width.
@@ -101,10 +100,13 @@ void appendTypicalTasks(std::string& text, std::string_view tool)
 
 void appendCommandListing(std::string& text)
 {
-    for (const CommandGroup& group : commandGroups()) {
-        text += std::string(group.heading) + "\n";
-        for (std::string_view name : group.names)
-            text += "  " + padded(name, nameColumn) + AgentCommands::find(name)->summary + "\n";
+    using enum AgentCommands::HelpGroup;
+    for (AgentCommands::HelpGroup group : { snapshots, monitoring, withScan, other }) {
+        text += std::string(heading(group)) + "\n";
+        for (const AgentCommands::Command& command : AgentCommands::table()) {
+            if (command.group == group)
+                text += "  " + padded(command.name, nameColumn) + command.summary + "\n";
+        }
     }
     text += "  " + padded("help", nameColumn) + "This help, or a command's with help COMMAND.\n";
 }
