@@ -2,6 +2,7 @@
 
 #include "History/HistoryDate.hpp"
 #include "History/HistoryRecovery.hpp"
+#include "History/SnapshotDecoder.hpp"
 #include "History/HistoryThinning.hpp"
 #include "Platform/SystemLog.hpp"
 
@@ -15,6 +16,13 @@
 namespace tarnwick {
 
 namespace {
+
+// Whether a snapshot file reads back whole, checked as strictly as any reader checks it.
+bool decodes(const std::string& file)
+{
+    auto bytes = HistoryFiles::readWhole(file);
+    return bytes && SnapshotDecoder::outline(*bytes, "").has_value();
+}
 
 using StoreError = HistoryStore::StoreError;
 
@@ -374,6 +382,16 @@ std::expected<HistoryStore::SourceRecord, StoreError> HistoryStore::saveWhole(co
 
         const Date date = HistoryDate::normalized(files.date);
         const std::int64_t currentID = updated.nextID++;
+        // A day snapshot of this day that no longer decodes (damage gives it today's date when
+        // the index is rebuilt) gives way to this scan's: otherwise it would stand for the day,
+        // and thinning would keep it over an intact one. A kept one stays, damaged or not.
+        std::vector<std::string> replacedDays;
+        std::erase_if(record.entries, [&](const HistoryEntry& entry) {
+            if (entry.isKept || !m_calendar.isSameDay(entry.date, date) || decodes(path(record, entry.file)))
+                return false;
+            replacedDays.push_back(path(record, entry.file));
+            return true;
+        });
         bool hasDay = std::any_of(record.entries.begin(), record.entries.end(),
             [&](const HistoryEntry& entry) { return m_calendar.isSameDay(entry.date, date); });
         if (!hasDay) {
@@ -394,7 +412,7 @@ std::expected<HistoryStore::SourceRecord, StoreError> HistoryStore::saveWhole(co
             return std::unexpected(current.error());
         record.current = std::move(*current);
 
-        std::vector<std::string> dropped;
+        std::vector<std::string> dropped = std::move(replacedDays);
         HistoryThinning::Result thinned = HistoryThinning::thin(record.entries, m_now(), m_calendar);
         for (const HistoryEntry& entry : thinned.dropped)
             dropped.push_back(path(record, entry.file));

@@ -364,6 +364,26 @@ TEST_F(HistoryDamageTest, ADeletedIndexIsRebuiltAndTheNextSaveDeletesNothing)
     EXPECT_EQ(open()->entries(place).size(), static_cast<std::size_t>(days + 1));
 }
 
+// A day file damaged today carries today's date once the index is rebuilt: the next scan of
+// the day still leaves an intact day snapshot for it, not the damaged file in its place.
+TEST_F(HistoryDamageTest, ADamagedDayOfTodayGivesWayToTheNextScan)
+{
+    const std::string damagedFile = placeFolder() + "/" + record.entries[days - 1].file; // today, 09:00
+    writeText(damagedFile, "not a snapshot any more");
+    fs::last_write_time(damagedFile, std::chrono::file_clock::from_sys(utc(2024, 6, days, 9, 30)));
+    fs::remove(directory() + "/index.json");
+    auto store = open();
+    saveWithColors(*store, place, treeFor(90), utc(2024, 6, days, 11));
+    std::vector<HistoryEntry> today;
+    for (const HistoryEntry& entry : open()->entries(place)) {
+        if (entry.date >= utc(2024, 6, days) && entry.date < utc(2024, 6, days + 1))
+            today.push_back(entry);
+    }
+    ASSERT_EQ(today.size(), 1u);
+    EXPECT_TRUE(Snapshot::decode(readBytes(placeFolder() + "/" + today[0].file)).has_value()) << today[0].file;
+    EXPECT_EQ(intactSnapshots().size(), static_cast<std::size_t>(days) + 1); // every day and current.snap
+}
+
 TEST_F(HistoryDamageTest, DaySnapshotsASaveWroteButDidNotListAreAdoptedNotSwept)
 {
     // As a save killed after writing its day snapshot and before its index: the file is
