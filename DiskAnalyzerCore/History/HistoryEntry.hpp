@@ -25,6 +25,9 @@ struct HistoryEntry {
     std::optional<std::int64_t> issueCount;
     std::optional<bool> hasAllowableIssues;
     std::optional<std::vector<std::string>> outOfDatePaths;
+    // Listed by a rebuild of the index although its file does not decode: its date is the
+    // file's modification time, which the damage may have moved.
+    bool isUnreadable = false;
 
     bool operator==(const HistoryEntry&) const = default;
 };

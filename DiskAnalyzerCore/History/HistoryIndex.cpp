@@ -40,6 +40,8 @@ json encode(const HistoryEntry& entry)
         object["issueCount"] = *entry.issueCount;
     if (entry.hasAllowableIssues)
         object["hasAllowableIssues"] = *entry.hasAllowableIssues;
+    if (entry.isUnreadable)
+        object["isUnreadable"] = true;
     if (entry.outOfDatePaths)
         object["outOfDatePaths"] = *entry.outOfDatePaths;
     return object;
@@ -109,7 +111,7 @@ std::optional<HistoryEntry> decodeEntry(const json& object)
     if (!absentOr(object, "volumeTotal", &json::is_number_integer) || !absentOr(object, "volumeAvailable", &json::is_number_integer)
         || !absentOr(object, "note", &json::is_string) || !absentOr(object, "outOfDate", &json::is_boolean)
         || !absentOr(object, "issueCount", &json::is_number_integer)
-        || !absentOr(object, "hasAllowableIssues", &json::is_boolean) || !absentOr(object, "outOfDatePaths", &json::is_array))
+        || !absentOr(object, "hasAllowableIssues", &json::is_boolean) || !absentOr(object, "isUnreadable", &json::is_boolean) || !absentOr(object, "outOfDatePaths", &json::is_array))
         return std::nullopt;
     entry.id = *id;
     entry.date = *when;
@@ -123,6 +125,7 @@ std::optional<HistoryEntry> decodeEntry(const json& object)
     entry.outOfDate = boolean(object, "outOfDate");
     entry.issueCount = integer(object, "issueCount");
     entry.hasAllowableIssues = boolean(object, "hasAllowableIssues");
+    entry.isUnreadable = boolean(object, "isUnreadable").value_or(false);
     if (const json* paths = member(object, "outOfDatePaths"); paths && paths->is_array()) {
         std::vector<std::string> list;
         for (const json& path : *paths) {

@@ -96,6 +96,7 @@ std::optional<HistoryEntry> entryFromFile(const std::string& path, std::int64_t 
         entry.date = HistoryDate::normalized(Date(std::chrono::seconds(signature.modifiedSeconds)));
         entry.file = std::move(file);
         entry.bytes = static_cast<std::int64_t>(bytes->size());
+        entry.isUnreadable = true;
         return entry;
     }
     HistoryEntry entry;

@@ -2,7 +2,6 @@
 
 #include "History/HistoryDate.hpp"
 #include "History/HistoryRecovery.hpp"
-#include "History/SnapshotDecoder.hpp"
 #include "History/HistoryThinning.hpp"
 #include "Platform/SystemLog.hpp"
 
@@ -16,13 +15,6 @@
 namespace tarnwick {
 
 namespace {
-
-// Whether a snapshot file reads back whole, checked as strictly as any reader checks it.
-bool decodes(const std::string& file)
-{
-    auto bytes = HistoryFiles::readWhole(file);
-    return bytes && SnapshotDecoder::outline(*bytes, "").has_value();
-}
 
 using StoreError = HistoryStore::StoreError;
 
@@ -382,12 +374,12 @@ std::expected<HistoryStore::SourceRecord, StoreError> HistoryStore::saveWhole(co
 
         const Date date = HistoryDate::normalized(files.date);
         const std::int64_t currentID = updated.nextID++;
-        // A day snapshot of this day that no longer decodes (damage gives it today's date when
-        // the index is rebuilt) gives way to this scan's: otherwise it would stand for the day,
-        // and thinning would keep it over an intact one. A kept one stays, damaged or not.
+        // A day snapshot a rebuild listed unreadable, dated this day (damage moves a file's date
+        // to the day it happened), gives way to this scan's: otherwise it would stand for the
+        // day, and thinning would keep it over an intact one. A kept one stays.
         std::vector<std::string> replacedDays;
         std::erase_if(record.entries, [&](const HistoryEntry& entry) {
-            if (entry.isKept || !m_calendar.isSameDay(entry.date, date) || decodes(path(record, entry.file)))
+            if (!entry.isUnreadable || entry.isKept || !m_calendar.isSameDay(entry.date, date))
                 return false;
             replacedDays.push_back(path(record, entry.file));
             return true;

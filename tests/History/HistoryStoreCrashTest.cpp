@@ -148,8 +148,9 @@ TEST(HistoryStoreCrash, KilledSavesLeaveEveryListedFile)
                 measured.insert(measurement.date);
             for (const auto& entry : record.entries)
                 EXPECT_TRUE(measured.contains(entry.date)) << iteration << ": no volume line for " << entry.file;
-            if (record.current)
+            if (record.current) {
                 EXPECT_TRUE(measured.contains(record.current->date)) << iteration << ": no volume line for the current scan";
+            }
         }
     }
     EXPECT_GT(listedAtSomePoint, 0);

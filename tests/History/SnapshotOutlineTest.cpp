@@ -77,8 +77,9 @@ TEST(SnapshotOutline, SizeHistoryFromOutlinesEqualsTheOneFromWholeSnapshots)
                 outlines.push_back(*SnapshotDecoder::outline(bytes, c.place));
             auto fromOutlines = sizeHistory(outlines);
             ASSERT_EQ(fromOutlines.has_value(), c.outlinesSuffice) << c.place;
-            if (fromOutlines)
+            if (fromOutlines) {
                 EXPECT_EQ(*fromOutlines, sizeHistory(snapshots, c.place)) << c.place << (colors == Snapshot::Colors::with ? " with" : " without");
+            }
         }
     }
 }
