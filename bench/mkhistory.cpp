@@ -10,7 +10,7 @@
 #include "Classification/TimeZone.hpp"
 #include "History/HistoryStore.hpp"
 #include "History/Snapshot.hpp"
-#include "History/SnapshotColors.hpp"
+#include "Classification/ScanAnalysis.hpp"
 #include "History/SnapshotReducer.hpp"
 #include "Scanning/ScanTree.hpp"
 #include "Scanning/TreeBuilder.hpp"
@@ -83,9 +83,9 @@ int main(int argc, char** argv)
         clock = latest - std::chrono::hours(24 * day);
         for (const HistorySource& source : sources) {
             std::shared_ptr<const ScanTree> tree = disk(keptFolders, days - day, source.path);
-            SnapshotColors colors = SnapshotColors::make(tree, DateGroup::Boundaries::make(clock, zone));
+            auto analysis = ScanAnalysis::make(tree, DateGroup::Boundaries::make(clock, zone), nullptr);
             const Snapshot::Volume volume { 2'000'000'000'000, 900'000'000'000 - (days - day) * 3'000'000'000LL };
-            auto encoded = Snapshot::encodeForStore(SnapshotReducer::reduce(*tree, { clock, volume, &colors, &zone }));
+            auto encoded = Snapshot::encodeForStore(SnapshotReducer::reduce(*tree, { clock, volume, analysis.get(), &zone }));
             if (!encoded)
                 return 1;
             HistoryStore::SnapshotFiles files;

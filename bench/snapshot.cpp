@@ -102,9 +102,9 @@ int main(int argc, char** argv)
     const TimeZone& zone = TimeZone::system();
     const DateGroup::Boundaries boundaries = DateGroup::Boundaries::current();
     std::shared_ptr<const ScanTree> tree = syntheticDisk(keptFolders, 42);
-    SnapshotColors colors = SnapshotColors::make(tree, boundaries);
+    auto analysis = ScanAnalysis::make(tree, boundaries, nullptr);
     const SnapshotReducer::Options options { std::chrono::system_clock::now(), Snapshot::Volume { 1'000'000'000'000, 200'000'000'000 },
-        &colors, &zone };
+        analysis.get(), &zone };
     const SnapshotReducer::Options plainOptions { options.date, options.volume, nullptr, &zone };
 
     Snapshot snapshot = SnapshotReducer::reduce(*tree, options);
@@ -127,10 +127,10 @@ int main(int argc, char** argv)
     report("decode (without colours)", timeRounds(rounds, [&] { sink += Snapshot::decode(plainFile).value().names.size(); }));
 
     std::shared_ptr<const ScanTree> laterTree = syntheticDisk(keptFolders, 42, Version::later);
-    SnapshotColors laterColors = SnapshotColors::make(laterTree, boundaries);
+    auto laterAnalysis = ScanAnalysis::make(laterTree, boundaries, nullptr);
     auto earlier = std::make_shared<const Snapshot>(std::move(snapshot));
     auto later = std::make_shared<const Snapshot>(
-        SnapshotReducer::reduce(*laterTree, { options.date + std::chrono::hours(24 * 30), options.volume, &laterColors, &zone }));
+        SnapshotReducer::reduce(*laterTree, { options.date + std::chrono::hours(24 * 30), options.volume, laterAnalysis.get(), &zone }));
     auto sample = HistoryQueries::changes(earlier, later).value();
     std::printf("changes: %+.1f GB, %zu changed places inside (+%lld more), %zu in grew most\n", static_cast<double>(sample.change) / 1e9,
         sample.inside.size(), static_cast<long long>(sample.moreInside), sample.grewMost.size());

@@ -69,13 +69,13 @@ std::shared_ptr<const ColorMap> ColorMap::make(ColorMode mode, std::shared_ptr<c
     case ColorMode::lastModified:
     case ColorMode::created: {
         auto kind = mode == ColorMode::lastModified ? ModeBucketMaps::DateKind::modified : ModeBucketMaps::DateKind::created;
-        map->m_buckets = ModeBucketMaps::dates(tree, kind, map->m_boundaries);
+        map->m_buckets = sources.buckets ? std::move(sources.buckets) : ModeBucketMaps::dates(tree, kind, map->m_boundaries);
         map->m_groups = dateGroups();
         map->m_available = map->m_buckets != nullptr;
         break;
     }
     case ColorMode::hiddenFromFinder:
-        map->m_buckets = ModeBucketMaps::hidden(tree);
+        map->m_buckets = sources.buckets ? std::move(sources.buckets) : ModeBucketMaps::hidden(tree);
         map->m_groups = { ColorGroup::visible(), ColorGroup::hidden() };
         map->m_available = map->m_buckets != nullptr;
         break;

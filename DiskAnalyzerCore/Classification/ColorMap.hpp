@@ -16,8 +16,9 @@ namespace tarnwick {
 
 class ScanTree;
 
-// The colour of every node of one tree in one mode. Made per mode and tree; the content
-// and owner maps are passed in again when only the mode changes.
+// The colour of every node of one tree in one mode. A finished scan's come made with its
+// ScanAnalysis; a tree without one (a running scan's preview, a saved day) has them made per
+// mode, the maps made before passed in again when only the mode changes.
 class ColorMap {
 public:
     struct Sources {
@@ -27,6 +28,9 @@ public:
         std::shared_ptr<const OwnerBuckets> owner;
         // The system calendar's, at the time of making, when absent.
         std::optional<DateGroup::Boundaries> boundaries;
+        // The date or visibility map of those modes, made with the boundaries above; built
+        // from the tree when absent.
+        std::shared_ptr<const BucketMap> buckets;
     };
 
     static std::shared_ptr<const ColorMap> make(ColorMode mode, std::shared_ptr<const ScanTree> tree, Sources sources = {});

@@ -19,7 +19,6 @@ constexpr std::int64_t extremeFloor = 10'000'000; // the size snapshots keep fol
 // has two groups made from the content map: the caches and everything else.
 struct ModeView {
     std::shared_ptr<const BucketMap> map;
-    std::shared_ptr<const OwnerBuckets> ownerBuckets; // keeps the owner mode's map alive
     std::vector<std::string> keys;
     std::vector<std::string> labels;
     bool cachesSplit = false;
@@ -69,6 +68,15 @@ std::shared_ptr<const OwnerMap> ownersOf(const std::shared_ptr<const ScanTree>& 
     return std::make_shared<const OwnerMap>(OwnerMap::build(*tree, InstalledOwners::places()));
 }
 
+}
+
+Maps Maps::of(const ScanAnalysis& analysis)
+{
+    return Maps { analysis.content(), analysis.owners(), analysis.ownerBuckets(), analysis.modified(), analysis.created(), analysis.hidden() };
+}
+
+namespace {
+
 std::optional<ModeView> viewOf(const std::shared_ptr<const ScanTree>& tree, ColorMode mode, Maps& maps)
 {
     ModeView view;
@@ -94,10 +102,11 @@ std::optional<ModeView> viewOf(const std::shared_ptr<const ScanTree>& tree, Colo
     case ColorMode::owner:
         if (!maps.owners)
             maps.owners = ownersOf(tree);
-        view.ownerBuckets = maps.owners->buckets(tree);
-        if (!view.ownerBuckets)
+        if (!maps.ownerBuckets)
+            maps.ownerBuckets = maps.owners->buckets(tree);
+        if (!maps.ownerBuckets)
             return std::nullopt;
-        view.map = std::shared_ptr<const BucketMap>(view.ownerBuckets, &view.ownerBuckets->buckets());
+        view.map = std::shared_ptr<const BucketMap>(maps.ownerBuckets, &maps.ownerBuckets->buckets());
         for (const OwnerMap::Owner& owner : maps.owners->owners()) {
             view.keys.push_back(owner.group.key().value_or(owner.displayName));
             view.labels.push_back(owner.displayName);
@@ -106,8 +115,11 @@ std::optional<ModeView> viewOf(const std::shared_ptr<const ScanTree>& tree, Colo
     case ColorMode::lastModified:
     case ColorMode::created: {
         bool modified = mode == ColorMode::lastModified;
-        view.map = ModeBucketMaps::dates(tree, modified ? ModeBucketMaps::DateKind::modified : ModeBucketMaps::DateKind::created,
-            DateGroup::Boundaries::current());
+        std::shared_ptr<const BucketMap>& dates = modified ? maps.modified : maps.created;
+        if (!dates)
+            dates = ModeBucketMaps::dates(tree, modified ? ModeBucketMaps::DateKind::modified : ModeBucketMaps::DateKind::created,
+                DateGroup::Boundaries::current());
+        view.map = dates;
         for (DateGroup group : allDateGroups) {
             view.keys.emplace_back(dateKey(group));
             view.labels.emplace_back(group.text(modified ? DateGroup::Form::changed : DateGroup::Form::created));
@@ -117,7 +129,9 @@ std::optional<ModeView> viewOf(const std::shared_ptr<const ScanTree>& tree, Colo
         break;
     }
     case ColorMode::hiddenFromFinder:
-        view.map = ModeBucketMaps::hidden(tree);
+        if (!maps.hidden)
+            maps.hidden = ModeBucketMaps::hidden(tree);
+        view.map = maps.hidden;
         view.keys = { "visible", "hidden" };
         view.labels = { "Visible", "Hidden" };
         break;

@@ -1,11 +1,11 @@
 #include "History/ScanRecorder.hpp"
 
-#include "Classification/ContentMap.hpp"
-#include "Classification/TimeZone.hpp"
-#include "History/SnapshotColors.hpp"
+#include "Classification/ScanAnalysis.hpp"
 #include "History/SnapshotReducer.hpp"
 #include "Platform/VolumeIdentity.hpp"
 #include "Scanning/ScanTree.hpp"
+
+#include <cassert>
 
 namespace tarnwick::ScanRecorder {
 
@@ -14,19 +14,17 @@ HistorySource sourceFor(const std::string& path)
     return HistorySource { path, VolumeIdentity::identifier(path).value_or("unknown") };
 }
 
-std::expected<Recorded, HistoryStore::StoreError> record(HistoryStore& store, std::shared_ptr<const ScanTree> tree,
-    std::shared_ptr<const ContentMap> content, Date finishedAt)
+std::expected<Recorded, HistoryStore::StoreError> record(HistoryStore& store, std::shared_ptr<const ScanAnalysis> analysis, Date finishedAt)
 {
+    assert(analysis->boundaries().isCurrent(finishedAt, TimeZone::system()) && "a snapshot's date groups are those of the day it was taken");
+    const std::shared_ptr<const ScanTree>& tree = analysis->tree();
     const std::string& path = tree->rootPath();
     std::optional<VolumeIdentity::Space> space = VolumeIdentity::space(path);
-    SnapshotColors colors = SnapshotColors::make(tree, DateGroup::Boundaries::make(finishedAt, TimeZone::system()));
-    if (content)
-        colors.content = std::move(content);
     SnapshotReducer::Options options;
     options.date = finishedAt;
     if (space)
         options.volume = Snapshot::Volume { space->total, space->available };
-    options.colors = &colors;
+    options.analysis = analysis.get();
     Snapshot snapshot = SnapshotReducer::reduce(*tree, options);
 
     auto encoded = Snapshot::encodeForStore(std::move(snapshot));

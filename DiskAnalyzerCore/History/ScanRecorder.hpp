@@ -8,8 +8,7 @@
 
 namespace tarnwick {
 
-class ScanTree;
-class ContentMap;
+class ScanAnalysis;
 
 // Saves a finished scan into the history: its snapshot (with colours) as the place's
 // current snapshot and, for the first scan of a day, that day's, together with a
@@ -21,8 +20,9 @@ struct Recorded {
     HistoryStore::SourceRecord record;
 };
 
-std::expected<Recorded, HistoryStore::StoreError> record(HistoryStore& store, std::shared_ptr<const ScanTree> tree,
-    std::shared_ptr<const ContentMap> content, Date finishedAt);
+// The snapshot's colours are the analysis's own maps, made for the day the scan finished,
+// so that the snapshot keeps what the window showed of the scan.
+std::expected<Recorded, HistoryStore::StoreError> record(HistoryStore& store, std::shared_ptr<const ScanAnalysis> analysis, Date finishedAt);
 
 // The source a scanned place is kept under.
 HistorySource sourceFor(const std::string& path);

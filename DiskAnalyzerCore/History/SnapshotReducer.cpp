@@ -5,6 +5,7 @@
 #include "Scanning/ScanTree.hpp"
 
 #include <algorithm>
+#include <cassert>
 #include <numeric>
 
 namespace tarnwick::SnapshotReducer {
@@ -184,21 +185,21 @@ struct ModeRests {
     }
 };
 
-std::vector<ModeRests> modeRests(const SnapshotColors& colors, const ScanTree& tree, const KeptNodes& kept, const std::vector<std::int32_t>& parents)
+std::vector<ModeRests> modeRests(const ScanAnalysis& analysis, const ScanTree& tree, const KeptNodes& kept, const std::vector<std::int32_t>& parents)
 {
     std::vector<std::int32_t> positionOfNode(static_cast<std::size_t>(tree.count()), -1);
     for (std::size_t k = 0; k < kept.nodes.size(); ++k)
         positionOfNode[kept.nodes[k].index()] = kept.position[k];
     std::vector<ModeRests> result;
     result.reserve(SnapshotLayout::restModeCount);
-    if (colors.content)
-        result.emplace_back(RestMode::content, colors.content->buckets(), kept, positionOfNode);
-    if (colors.modified)
-        result.emplace_back(RestMode::modified, *colors.modified, kept, positionOfNode);
-    if (colors.created)
-        result.emplace_back(RestMode::created, *colors.created, kept, positionOfNode);
-    if (colors.hidden)
-        result.emplace_back(RestMode::hidden, *colors.hidden, kept, positionOfNode);
+    if (analysis.content())
+        result.emplace_back(RestMode::content, analysis.content()->buckets(), kept, positionOfNode);
+    if (analysis.modified())
+        result.emplace_back(RestMode::modified, *analysis.modified(), kept, positionOfNode);
+    if (analysis.created())
+        result.emplace_back(RestMode::created, *analysis.created(), kept, positionOfNode);
+    if (analysis.hidden())
+        result.emplace_back(RestMode::hidden, *analysis.hidden(), kept, positionOfNode);
     for (ModeRests& mode : result)
         mode.subtractChildren(parents);
     return result;
@@ -215,7 +216,7 @@ void appendRests(std::vector<RestPart>& parts, const std::vector<ModeRests>& mod
     }
 }
 
-void addColors(Snapshot& snapshot, const ScanTree& tree, const KeptNodes& kept, const SnapshotColors& colors, const TimeZone& zone)
+void addColors(Snapshot& snapshot, const ScanTree& tree, const KeptNodes& kept, const ScanAnalysis& analysis, const TimeZone& zone)
 {
     const std::size_t n = kept.nodes.size();
     snapshot.hasColors = true;
@@ -224,12 +225,12 @@ void addColors(Snapshot& snapshot, const ScanTree& tree, const KeptNodes& kept, 
     snapshot.hidden.resize(n);
     snapshot.lastChangeDays.assign(n, Snapshot::unknownDay);
     snapshot.oldestItemDays.assign(n, Snapshot::unknownDay);
-    for (std::int64_t day : colors.boundaries.days)
+    for (std::int64_t day : analysis.boundaries().days)
         snapshot.restDays.push_back(static_cast<std::int32_t>(std::clamp<std::int64_t>(day, std::numeric_limits<std::int32_t>::min() + 1,
             std::numeric_limits<std::int32_t>::max())));
 
     LocalDays days(zone);
-    const std::vector<ModeRests> modes = modeRests(colors, tree, kept, snapshot.parents);
+    const std::vector<ModeRests> modes = modeRests(analysis, tree, kept, snapshot.parents);
     std::span<const std::int64_t> allocated = tree.allocatedSizes();
     std::span<const std::int64_t> logical = tree.logicalSizes();
     std::span<const std::int32_t> modified = tree.modifiedSeconds();
@@ -271,7 +272,8 @@ Snapshot reduce(const ScanTree& tree, const Options& options)
     snapshot.coverage = tree.coverage();
     const KeptNodes kept = keptNodes(tree, snapshot.threshold);
     const std::size_t n = kept.nodes.size();
-    const std::uint8_t flagMask = options.colors ? SnapshotLayout::colorFlagMask : SnapshotLayout::plainFlagMask;
+    assert((!options.analysis || options.analysis->tree().get() == &tree) && "a snapshot's colours come from its own tree's analysis");
+    const std::uint8_t flagMask = options.analysis ? SnapshotLayout::colorFlagMask : SnapshotLayout::plainFlagMask;
     snapshot.names.resize(n);
     snapshot.parents.resize(n);
     snapshot.kinds.resize(n);
@@ -287,8 +289,8 @@ Snapshot reduce(const ScanTree& tree, const Options& options)
         snapshot.flags[at] = NodeFlags(tree.flags(node).raw & flagMask);
         snapshot.allocated[at] = std::max<std::int64_t>(sizes[node.index()], 0) / snapshot.threshold * snapshot.threshold;
     }
-    if (options.colors)
-        addColors(snapshot, tree, kept, *options.colors, options.zone ? *options.zone : TimeZone::system());
+    if (options.analysis)
+        addColors(snapshot, tree, kept, *options.analysis, options.zone ? *options.zone : TimeZone::system());
     return snapshot;
 }
 

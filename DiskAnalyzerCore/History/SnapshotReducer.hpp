@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Classification/ScanAnalysis.hpp"
 #include "Classification/TimeZone.hpp"
 #include "History/Snapshot.hpp"
-#include "History/SnapshotColors.hpp"
 
 #include <optional>
 
@@ -18,9 +18,10 @@ namespace SnapshotReducer {
 struct Options {
     Date date {}; // when the scan finished; kept to the microsecond
     std::optional<Snapshot::Volume> volume;
-    // Without colours the snapshot keeps sizes rounded to the threshold, kinds, the flags
-    // allocatedUnknown, incomplete and contentsUnread, and names.
-    const SnapshotColors* colors = nullptr;
+    // The colours the snapshot's rests are cut from: the scan's own analysis, whose date maps
+    // describe the day it finished. Without it the snapshot keeps sizes rounded to the
+    // threshold, kinds, the flags allocatedUnknown, incomplete and contentsUnread, and names.
+    const ScanAnalysis* analysis = nullptr;
     // Local day numbers are counted in this zone; the system's when absent.
     const TimeZone* zone = nullptr;
 };

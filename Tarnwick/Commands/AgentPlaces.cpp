@@ -27,10 +27,10 @@ std::expected<std::string, AgentResult> expand(const std::string& argument)
 std::expected<ScanView, AgentResult> scanView(const AppModel& model)
 {
     if (const auto& result = model.result())
-        return ScanView { result->tree, result->content, result->owners, result->scope, model.openFolder(), false };
+        return ScanView { result->tree, result->analysis, result->scope, model.openFolder(), false };
     if (const auto& running = model.runningScan()) {
         if (auto preview = running->scanner->progress()->latestPreview(); preview && preview->tree)
-            return ScanView { preview->tree, nullptr, nullptr, running->scope, NodeID::root(), true };
+            return ScanView { preview->tree, nullptr, running->scope, NodeID::root(), true };
         // The first preview comes a second into the scan.
         return std::unexpected(AgentResult::failure(AgentErrorCode::notScanned, AgentMessages::justStarted(running->scope.scanRoot)));
     }

@@ -136,8 +136,7 @@ SnapshotAnswers::Context AgentTools::snapshotContext() const
     context.store = m_store;
     if (const auto& result = m_model.result()) {
         context.tree = result->tree;
-        context.content = result->content;
-        context.owners = result->owners;
+        context.analysis = result->analysis;
         context.openFolder = result->tree->path(m_model.openFolder());
     }
     return context;

@@ -29,12 +29,11 @@ std::vector<TypeGroups::Ratio> notable(const std::vector<TypeGroups::Ratio>& ext
 
 }
 
-PlaceFacts PlaceFacts::make(const std::shared_ptr<const ScanTree>& tree, NodeID place, const std::shared_ptr<const ContentMap>& content,
-    const std::shared_ptr<const OwnerMap>& owners)
+PlaceFacts PlaceFacts::make(const std::shared_ptr<const ScanTree>& tree, NodeID place, const ScanAnalysis* analysis)
 {
     PlaceFacts facts;
-    if (content) {
-        TypeGroups::Maps maps { content, owners };
+    TypeGroups::Maps maps = analysis ? TypeGroups::Maps::of(*analysis) : TypeGroups::Maps {};
+    if (analysis) {
         if (auto owners = TypeGroups::groups(tree, place, ColorMode::owner, maps)) {
             facts.owners.emplace();
             for (std::size_t i = 0; i < std::min(owners->size(), maximumOwners); ++i)
@@ -42,8 +41,7 @@ PlaceFacts PlaceFacts::make(const std::shared_ptr<const ScanTree>& tree, NodeID 
         }
         facts.cacheBytes = groupBytes(TypeGroups::groups(tree, place, ColorMode::caches, maps), "caches");
     }
-    TypeGroups::Maps none;
-    facts.hiddenBytes = groupBytes(TypeGroups::groups(tree, place, ColorMode::hiddenFromFinder, none), "hidden");
+    facts.hiddenBytes = groupBytes(TypeGroups::groups(tree, place, ColorMode::hiddenFromFinder, maps), "hidden");
     TypeGroups::Extremes extremes = TypeGroups::ratios(*tree, place);
     facts.ratio = extremes.place;
     facts.lowest = notable(extremes.lowest, [](double ratio) { return ratio < lowRatio; });

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "Classification/OwnerMap.hpp"
-#include "Classification/ContentMap.hpp"
+#include "Classification/ScanAnalysis.hpp"
 #include "Classification/TypeGroups.hpp"
 #include "Scanning/ScanTree.hpp"
 
@@ -36,11 +35,10 @@ struct PlaceFacts {
     static constexpr double lowRatio = 0.5;
     static constexpr double highRatio = 1.5;
 
-    // content is the scan's content map; without it (a scan still running or cut short) the
-    // owners, caches and hidden shares stay unknown.
-    // owners, when null, are attributed for this answer alone.
-    static PlaceFacts make(const std::shared_ptr<const ScanTree>& tree, NodeID place, const std::shared_ptr<const ContentMap>& content,
-        const std::shared_ptr<const OwnerMap>& owners = nullptr);
+    // analysis is the finished scan's; without it (a scan still running or cut short) the
+    // owners and caches stay unknown, and the hidden share is worked out from the tree for
+    // this answer alone.
+    static PlaceFacts make(const std::shared_ptr<const ScanTree>& tree, NodeID place, const ScanAnalysis* analysis);
 };
 
 }

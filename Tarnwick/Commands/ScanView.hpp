@@ -1,7 +1,6 @@
 #pragma once
 
-#include "Classification/ContentMap.hpp"
-#include "Classification/OwnerMap.hpp"
+#include "Classification/ScanAnalysis.hpp"
 #include "Scanning/ScanScope.hpp"
 #include "Scanning/ScanTree.hpp"
 
@@ -13,8 +12,7 @@ namespace tarnwick {
 // during a first scan, the preview the window fills in, whose sizes are only lower bounds.
 struct ScanView {
     std::shared_ptr<const ScanTree> tree;
-    std::shared_ptr<const ContentMap> content; // null for a preview: no colours yet
-    std::shared_ptr<const OwnerMap> owners;    // null for a preview
+    std::shared_ptr<const ScanAnalysis> analysis; // null for a preview: no colours yet
     ScanScope scope;
     NodeID openFolder = NodeID::root();
     bool stillScanning = false;

@@ -10,9 +10,8 @@
 
 namespace tarnwick {
 
-class ContentMap;
 class HistoryStore;
-class OwnerMap;
+class ScanAnalysis;
 class ScanTree;
 
 namespace SnapshotAnswers {
@@ -22,8 +21,7 @@ namespace SnapshotAnswers {
 // shared, so an answer is computed off the main executor.
 struct Context {
     std::shared_ptr<const ScanTree> tree;        // the result on screen
-    std::shared_ptr<const ContentMap> content;   // its content map, when made
-    std::shared_ptr<const OwnerMap> owners;      // its owners, made with the scan
+    std::shared_ptr<const ScanAnalysis> analysis; // its colours and owners, made with the scan
     std::optional<std::string> openFolder;       // absolute path of the folder open in the window
     HistoryStore* store = nullptr;               // the app's history; the tool opens its own
 };

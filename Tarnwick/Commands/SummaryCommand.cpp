@@ -73,7 +73,7 @@ double shareOf(std::int64_t bytes, std::int64_t total)
 
 void addContentTypes(const ScanView& view, NodeID folder, std::string& text, JSONValue::Object& json)
 {
-    const auto& content = view.content;
+    const ContentMap* content = view.analysis ? view.analysis->content().get() : nullptr;
     if (!content) {
         json["content_types"] = JSONValue();
         return;
@@ -259,7 +259,7 @@ AgentResult summary(const AppModel& model, const AgentCommands::Request& request
         return folder.error();
     int limit = static_cast<int>(AgentPlaces::integer(request.arguments, "limit", defaultLimit));
     int available = std::min(limit, static_cast<int>(view->tree->childCount(*folder)));
-    PlaceFacts facts = PlaceFacts::make(view->tree, *folder, view->content, view->owners);
+    PlaceFacts facts = PlaceFacts::make(view->tree, *folder, view->analysis.get());
     SummaryInput input { model, *view, *folder, facts };
     auto fitting = AgentFormat::largestFitting(available, [&](int shown) { return summaryAnswer(input, shown, shown < available); });
     if (!fitting)

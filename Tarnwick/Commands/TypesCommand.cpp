@@ -45,7 +45,8 @@ std::expected<TypesSource, AgentResult> sourceFor(const Request& request, const 
     if (context.tree) {
         for (const std::string& form : HistoryPlaces::pathForms(path)) {
             if (auto node = context.tree->node(form))
-                return TypesSource { context.tree, *node, { context.content, context.owners }, std::nullopt, true };
+                return TypesSource { context.tree, *node, context.analysis ? TypeGroups::Maps::of(*context.analysis) : TypeGroups::Maps {},
+                    std::nullopt, true };
         }
     }
     std::unique_ptr<HistoryStore> owned;

@@ -1,18 +1,35 @@
 #include "AppModel.hpp"
 
 #include "Classification/InstalledOwners.hpp"
+#include "Classification/TimeZone.hpp"
 
 #include "MainExecutor.hpp"
+#include "RepeatingTimer.hpp"
 
 namespace tarnwick {
+
+namespace {
+
+constexpr std::chrono::minutes dayCheckInterval { 1 };
+constexpr std::chrono::seconds dayCheckTolerance { 30 };
+
+}
 
 AppModel::AppModel(MainExecutor& executor)
     : m_executor(executor)
 {
+    m_dayCheck = std::make_unique<RepeatingTimer>(dayCheckInterval, dayCheckTolerance, [this, alive = std::weak_ptr(m_alive)] {
+        m_executor.post([this, alive] {
+            if (alive.lock())
+                keepDatesCurrent(std::chrono::system_clock::now());
+        });
+    });
 }
 
 AppModel::~AppModel()
 {
+    m_alive.reset();
+    m_dayCheck.reset();
     m_coordinator.cancel();
     m_coordinator.waitUntilIdle();
 }
@@ -30,12 +47,13 @@ void AppModel::scan(const ScanScope& scope)
     m_rescanPath.reset();
     m_running = RunningScan { scope, scanner, std::chrono::system_clock::now() };
     m_coordinator.submit(scanner, [this, generation, scope](ScanOutcome outcome) {
-        // Colours and owners are worked out here, on the scan's thread, once for the window,
-        // the commands and the history alike, never on the main executor.
-        Result result { scope, outcome.tree, nullptr, nullptr, outcome.status, outcome.startedAt, outcome.finishedAt };
+        // Colours, owners and totals are worked out here, on the scan's thread, once for the
+        // window, the commands and the history alike, never on the main executor. Their dates
+        // are grouped by the day the scan finished, as its snapshot records them.
+        Result result { scope, outcome.tree, nullptr, outcome.status, outcome.startedAt, outcome.finishedAt };
         if (outcome.tree && outcome.status.kind == ScanOutcome::Status::Kind::completed) {
-            result.content = ContentMap::build(outcome.tree);
-            result.owners = std::make_shared<const OwnerMap>(OwnerMap::build(*outcome.tree, InstalledOwners::places()));
+            result.analysis = ScanAnalysis::make(outcome.tree, DateGroup::Boundaries::make(outcome.finishedAt, TimeZone::system()),
+                &InstalledOwners::places());
         }
         m_executor.post([this, generation, result = std::move(result)]() mutable { finished(generation, std::move(result)); });
     });
@@ -82,6 +100,34 @@ void AppModel::finished(std::uint64_t generation, Result result)
     } else {
         m_lastFailure = result.status;
     }
+    notify();
+}
+
+void AppModel::keepDatesCurrent(Date now)
+{
+    if (!m_result || !m_result->analysis || m_redating)
+        return;
+    const TimeZone& zone = TimeZone::system();
+    std::shared_ptr<const ScanAnalysis> before = m_result->analysis;
+    if (before->boundaries().isCurrent(now, zone))
+        return;
+    m_redating = before;
+    m_datesWorker.post([this, alive = std::weak_ptr(m_alive), before, boundaries = DateGroup::Boundaries::make(now, zone)] {
+        std::shared_ptr<const ScanAnalysis> after = before->redated(boundaries);
+        m_executor.post([this, alive, before, after = std::move(after)]() mutable {
+            if (alive.lock())
+                redated(before, std::move(after));
+        });
+    });
+}
+
+void AppModel::redated(const std::shared_ptr<const ScanAnalysis>& before, std::shared_ptr<const ScanAnalysis> after)
+{
+    m_redating.reset();
+    // A result that came since has its own dates.
+    if (!m_result || m_result->analysis != before)
+        return;
+    m_result->analysis = std::move(after);
     notify();
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Classification/OwnerMap.hpp"
+#include "BackgroundWorker.hpp"
 #include "Classification/ColorMode.hpp"
-#include "Classification/ContentMap.hpp"
+#include "Classification/ScanAnalysis.hpp"
 #include "Scanning/ScanCoordinator.hpp"
 #include "Scanning/ScanScope.hpp"
 
@@ -15,6 +15,7 @@
 namespace tarnwick {
 
 class MainExecutor;
+class RepeatingTimer;
 
 // The app's one model: the sources, the current result, the running scan, the open
 // folder, the selection and the colour mode. Lives on the main executor; the window and
@@ -25,9 +26,9 @@ public:
     struct Result {
         ScanScope scope;
         std::shared_ptr<const ScanTree> tree;
-        std::shared_ptr<const ContentMap> content;
-        // Who the space belongs to, made with the content map for the window and the commands.
-        std::shared_ptr<const OwnerMap> owners;
+        // The colours, owners and totals of a completed scan, made on the scan's thread for
+        // the window, the commands and the history alike; null for a stopped scan.
+        std::shared_ptr<const ScanAnalysis> analysis;
         ScanOutcome::Status status;
         Date startedAt;
         Date finishedAt;
@@ -61,6 +62,10 @@ public:
     void open(NodeID folder);
     void select(std::optional<NodeID> node);
     void setColorMode(ColorMode mode) { m_colorMode = mode; notify(); }
+    // Date colours belong to a calendar day: when now is on another day than the result's
+    // date maps, they are made again for it off the main executor, and the result takes
+    // them when they are ready. A timer asks once a minute.
+    void keepDatesCurrent(Date now);
 
     // Called on the main executor after anything changed (for the window).
     void addObserver(std::function<void()> observer) { m_observers.push_back(std::move(observer)); }
@@ -69,6 +74,7 @@ public:
 
 private:
     void finished(std::uint64_t generation, Result result);
+    void redated(const std::shared_ptr<const ScanAnalysis>& before, std::shared_ptr<const ScanAnalysis> after);
     void notify();
 
     MainExecutor& m_executor;
@@ -85,6 +91,13 @@ private:
     bool m_waitingForUser = false;
     std::vector<std::function<void()>> m_observers;
     std::vector<std::function<void(const Result&)>> m_resultObservers;
+    // The analysis whose date maps are being made again, while they are.
+    std::shared_ptr<const ScanAnalysis> m_redating;
+    // Lets work posted back from other threads find out on the main executor whether the
+    // model is still there.
+    std::shared_ptr<const bool> m_alive = std::make_shared<const bool>(true);
+    BackgroundWorker m_datesWorker;
+    std::unique_ptr<RepeatingTimer> m_dayCheck; // last, so that it stops first
 };
 
 }

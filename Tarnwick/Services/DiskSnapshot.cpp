@@ -1,6 +1,8 @@
 #include "DiskSnapshot.hpp"
 
-#include "Classification/ContentMap.hpp"
+#include "Classification/InstalledOwners.hpp"
+#include "Classification/ScanAnalysis.hpp"
+#include "Classification/TimeZone.hpp"
 #include "History/ScanRecorder.hpp"
 #include "Scanning/FileScanner.hpp"
 #include "Scanning/ScopeResolver.hpp"
@@ -51,7 +53,9 @@ DailyScans::DiskOutcome take(HistoryStore& store, const HistorySource& disk, con
     case ScanOutcome::Status::Kind::rootUnreadable:
         return { disk, Outcome::failed, outcome.status.message };
     }
-    auto recorded = ScanRecorder::record(store, outcome.tree, ContentMap::build(outcome.tree), outcome.finishedAt);
+    // Made as the app makes a finished scan's, so that a daily snapshot keeps the same colours.
+    auto analysis = ScanAnalysis::make(outcome.tree, DateGroup::Boundaries::make(outcome.finishedAt, TimeZone::system()), &InstalledOwners::places());
+    auto recorded = ScanRecorder::record(store, analysis, outcome.finishedAt);
     if (!recorded)
         return { disk, Outcome::failed, recorded.error().message() };
     return { recorded->source, Outcome::saved, {} };

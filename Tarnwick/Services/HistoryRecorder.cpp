@@ -15,11 +15,12 @@ HistoryRecorder::HistoryRecorder(HistoryStore& store, Saved saved, Failed failed
 void HistoryRecorder::record(const AppModel::Result& result)
 {
     // A stopped scan read only part of the place; its snapshot would show space as gone.
-    if (result.status.kind != ScanOutcome::Status::Kind::completed || !result.tree)
+    if (result.status.kind != ScanOutcome::Status::Kind::completed || !result.analysis)
         return;
     ++m_pending;
-    m_worker.post([this, tree = result.tree, content = result.content, finishedAt = result.finishedAt] {
-        auto recorded = ScanRecorder::record(m_store, tree, content, finishedAt);
+    m_worker.post([this, analysis = result.analysis, finishedAt = result.finishedAt] {
+        const std::shared_ptr<const ScanTree>& tree = analysis->tree();
+        auto recorded = ScanRecorder::record(m_store, analysis, finishedAt);
         if (recorded)
             saved(tree->rootPath(), {});
         else

@@ -41,32 +41,28 @@ ColorMapStore::PerTree& ColorMapStore::entry(const std::shared_ptr<const ScanTre
     return perTree;
 }
 
-std::shared_ptr<const ColorMap> ColorMapStore::colors(const std::shared_ptr<const ScanTree>& tree, ColorMode mode,
-    const std::shared_ptr<const ContentMap>& content, const std::shared_ptr<const OwnerMap>& owners)
+std::shared_ptr<const ColorMap> ColorMapStore::colors(const std::shared_ptr<const ScanTree>& tree, ColorMode mode)
 {
     if (!tree)
         return nullptr;
     PerTree& perTree = entry(tree);
-    if (owners && !perTree.owners)
-        perTree.owners = owners;
     auto& made = perTree.maps[slot(mode)];
     // Date colours belong to a calendar day and are made again on the next one.
     if (made && isDateMode(mode) && !made->boundaries().isCurrent(std::chrono::system_clock::now(), TimeZone::system()))
         made.reset();
     if (made)
         return made;
-    // Modes that only read a content map made before cost nothing to set up.
-    bool cheap = mode == ColorMode::onDiskVsSize || (content && (mode == ColorMode::contentType || mode == ColorMode::caches));
-    if (cheap) {
-        made = ColorMap::make(mode, tree, { content, nullptr, std::nullopt });
+    // The ratio mode reads the tree alone and costs nothing to set up.
+    if (mode == ColorMode::onDiskVsSize) {
+        made = ColorMap::make(mode, tree);
         return made;
     }
     if (!perTree.pending[slot(mode)])
-        make(tree, mode, content);
+        make(tree, mode);
     return nullptr;
 }
 
-void ColorMapStore::make(const std::shared_ptr<const ScanTree>& tree, ColorMode mode, const std::shared_ptr<const ContentMap>& content)
+void ColorMapStore::make(const std::shared_ptr<const ScanTree>& tree, ColorMode mode)
 {
     PerTree& perTree = entry(tree);
     perTree.pending[slot(mode)] = true;
@@ -74,9 +70,9 @@ void ColorMapStore::make(const std::shared_ptr<const ScanTree>& tree, ColorMode 
     std::shared_ptr<const OwnerMap> knownOwners = perTree.owners;
     OffThread::run<Made>(
         this,
-        [tree, mode, content, knownOwners] {
+        [tree, mode, knownOwners] {
             Made made;
-            ColorMap::Sources sources { content, nullptr, std::nullopt };
+            ColorMap::Sources sources;
             if (mode == ColorMode::owner) {
                 made.owners = knownOwners ? knownOwners : std::make_shared<const OwnerMap>(OwnerMap::build(*tree, InstalledOwners::places()));
                 sources.owner = made.owners->buckets(tree);

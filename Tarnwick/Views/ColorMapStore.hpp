@@ -14,9 +14,9 @@ namespace tarnwick {
 
 class ScanTree;
 
-// The colour maps of the trees on screen, one per mode, made off the main thread. The
-// content map of a finished scan comes made from the scan's thread; owner attribution, the
-// date and visibility maps, and every map of a preview are made on the pool.
+// The colour maps of the trees on screen that come without them, one per mode, made on the
+// pool: a running scan's previews and a stopped scan's tree. A completed scan's colours come
+// made from the scan's thread with its analysis and are not made here.
 class ColorMapStore : public QObject {
     Q_OBJECT
 
@@ -25,10 +25,8 @@ public:
     ~ColorMapStore() override;
 
     // The colours of a tree in a mode; null while they are being made, and ready() follows.
-    // content and owners, when given, are the tree's content map and owners made before.
-    std::shared_ptr<const ColorMap> colors(const std::shared_ptr<const ScanTree>& tree, ColorMode mode,
-        const std::shared_ptr<const ContentMap>& content = nullptr, const std::shared_ptr<const OwnerMap>& owners = nullptr);
-    // The owners of a tree: those given with it, or made with its owner colours; null before.
+    std::shared_ptr<const ColorMap> colors(const std::shared_ptr<const ScanTree>& tree, ColorMode mode);
+    // The owners of a tree, made with its owner colours; null before.
     [[nodiscard]] std::shared_ptr<const OwnerMap> owners(const ScanTree* tree) const;
     // Forgets the maps of every other tree.
     void keepOnly(const std::vector<const ScanTree*>& trees);
@@ -50,7 +48,7 @@ private:
     };
 
     PerTree& entry(const std::shared_ptr<const ScanTree>& tree);
-    void make(const std::shared_ptr<const ScanTree>& tree, ColorMode mode, const std::shared_ptr<const ContentMap>& content);
+    void make(const std::shared_ptr<const ScanTree>& tree, ColorMode mode);
 
     std::unordered_map<const ScanTree*, PerTree> m_trees;
     int m_making = 0;

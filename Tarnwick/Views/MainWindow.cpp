@@ -578,14 +578,15 @@ void MainWindow::showResult()
     m_colors->keepOnly({ tree.get() });
     updateNavigation(tree, open);
 
-    std::shared_ptr<const ColorMap> colors = m_colors->colors(tree, m_model.colorMode(), result.content, result.owners);
+    // A completed scan comes with every mode's colours; a stopped one is coloured here.
+    std::shared_ptr<const ColorMap> colors = result.analysis ? result.analysis->colors(m_model.colorMode()) : m_colors->colors(tree, m_model.colorMode());
     m_map->showTree(tree, open, open == NodeID::root() ? capacityOf(tree) : std::nullopt);
     m_map->setColors(colors);
     m_map->setSelection(selection);
     m_list->showFolder(tree, open);
     m_list->setColors(colors);
     m_list->setSelection(selection);
-    m_inspector->showNode(tree, selection.value_or(open), result.content, m_colors->owners(tree.get()));
+    m_inspector->showNode(tree, selection.value_or(open), result.analysis ? result.analysis->content() : nullptr, ownersOf(tree));
     m_inspector->setColors(colors);
     m_breadcrumb->showPath(tree, open);
     m_sidebar->setCurrentPath(tree->rootPath());
@@ -630,6 +631,14 @@ QString MainWindow::historyProblem() const
     return m_historyProblem->toolTip();
 }
 
+std::shared_ptr<const OwnerMap> MainWindow::ownersOf(const std::shared_ptr<const ScanTree>& tree) const
+{
+    const auto& result = m_model.result();
+    if (result && result->tree == tree && result->analysis)
+        return result->analysis->owners();
+    return m_colors->owners(tree.get());
+}
+
 void MainWindow::updateLegend(const std::shared_ptr<const ColorMap>& colors, const std::shared_ptr<const ScanTree>& tree, NodeID root)
 {
     if (!colors || !tree) {
@@ -641,7 +650,7 @@ void MainWindow::updateLegend(const std::shared_ptr<const ColorMap>& colors, con
         return;
     m_legendColors = colors.get();
     m_legendRoot = root;
-    std::shared_ptr<const OwnerMap> owners = m_colors->owners(tree.get());
+    std::shared_ptr<const OwnerMap> owners = ownersOf(tree);
     std::optional<VolumeCapacity> capacity = root == NodeID::root() ? capacityOf(tree) : std::nullopt;
     std::uint64_t request = ++m_legendRequest;
     ++m_legendsPending;

@@ -36,6 +36,7 @@ class FindBar;
 class InspectorView;
 class ListPane;
 class MapLegend;
+class OwnerMap;
 class ScanTree;
 class SavedDayWindow;
 class SearchPane;
@@ -128,6 +129,8 @@ private:
     void showScan();
     void showPreview();
     void updateLegend(const std::shared_ptr<const ColorMap>& colors, const std::shared_ptr<const ScanTree>& tree, NodeID root);
+    // The owners of a tree on screen: the finished scan's, or those made with its owner colours.
+    [[nodiscard]] std::shared_ptr<const OwnerMap> ownersOf(const std::shared_ptr<const ScanTree>& tree) const;
     void updateNavigation(const std::shared_ptr<const ScanTree>& tree, NodeID open);
     void goBack();
     void goForward();

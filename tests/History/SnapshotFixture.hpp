@@ -19,8 +19,8 @@ inline std::int32_t daysAgo(int days) { return static_cast<std::int32_t>(fixture
 inline Snapshot reduceWithColors(const std::shared_ptr<const ScanTree>& tree)
 {
     static const FixedTimeZone zone(fixtureZoneOffset);
-    SnapshotColors colors = SnapshotColors::make(tree, DateGroup::Boundaries::make(fixtureNow(), zone));
-    return SnapshotReducer::reduce(*tree, { fixtureNow(), Snapshot::Volume { 500'000'000'000, 120'000'000'000 }, &colors, &zone });
+    auto analysis = ScanAnalysis::make(tree, DateGroup::Boundaries::make(fixtureNow(), zone), nullptr);
+    return SnapshotReducer::reduce(*tree, { fixtureNow(), Snapshot::Volume { 500'000'000'000, 120'000'000'000 }, analysis.get(), &zone });
 }
 
 inline Snapshot reduceWithoutColors(const std::shared_ptr<const ScanTree>& tree)

@@ -180,7 +180,7 @@ TEST_F(AgentToolsTest, EveryRoutedCommandHasItsHandler)
 // owner read those, and the two agree with each other.
 TEST_F(AgentToolsTest, OwnersComeWithTheScanAndServeEveryAnswer)
 {
-    auto owners = m_executor.runAndWait<std::shared_ptr<const OwnerMap>>([&] { return m_model.result()->owners; });
+    auto owners = m_executor.runAndWait<std::shared_ptr<const OwnerMap>>([&] { return m_model.result()->analysis->owners(); });
     ASSERT_TRUE(owners);
     const std::int64_t total = m_executor.runAndWait<std::int64_t>([&] { return m_model.result()->tree->allocatedSize(NodeID::root()); });
     std::int64_t attributed = 0;

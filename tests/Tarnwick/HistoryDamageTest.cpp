@@ -5,7 +5,6 @@
 #include "Alerts/AlertReadings.hpp"
 #include "History/HistoryTestSupport.hpp"
 #include "History/Snapshot.hpp"
-#include "History/SnapshotColors.hpp"
 #include "SavedScans.hpp"
 #include "SnapshotAnswers.hpp"
 #include "Support/TempFolder.hpp"

@@ -4,7 +4,7 @@
 #include "History/HistoryStore.hpp"
 #include "History/Snapshot.hpp"
 #include "Classification/TimeZone.hpp"
-#include "History/SnapshotColors.hpp"
+#include "Classification/ScanAnalysis.hpp"
 #include "History/SnapshotReducer.hpp"
 
 #include <gtest/gtest.h>
@@ -52,8 +52,8 @@ inline void saveScan(HistoryStore& store, const HistorySource& source, const Sca
 inline HistoryStore::SnapshotFiles filesFor(const std::shared_ptr<const ScanTree>& tree, Date date, std::optional<Snapshot::Volume> volume = std::nullopt)
 {
     static const FixedTimeZone zone(0);
-    SnapshotColors colors = SnapshotColors::make(tree, DateGroup::Boundaries::make(date, zone));
-    auto encoded = Snapshot::encodeForStore(SnapshotReducer::reduce(*tree, { date, volume, &colors, &zone }));
+    auto analysis = ScanAnalysis::make(tree, DateGroup::Boundaries::make(date, zone), nullptr);
+    auto encoded = Snapshot::encodeForStore(SnapshotReducer::reduce(*tree, { date, volume, analysis.get(), &zone }));
     HistoryStore::SnapshotFiles files;
     files.date = date;
     files.total = tree->allocatedSize(NodeID::root());

@@ -419,8 +419,10 @@ TEST_F(MainWindowTest, ChangesTakeThePlaceOfTheListAndDrawOnTheMap)
     // The recorder of the app is not part of this window: save the scan as it would, once as
     // the day before's snapshot and once as this scan's own.
     const AppModel::Result& result = *model->result();
-    ASSERT_TRUE(ScanRecorder::record(*history, result.tree, result.content, result.finishedAt - std::chrono::hours(48)));
-    ASSERT_TRUE(ScanRecorder::record(*history, result.tree, result.content, result.finishedAt));
+    const Date dayBefore = result.finishedAt - std::chrono::hours(48);
+    auto analysisThen = result.analysis->redated(DateGroup::Boundaries::make(dayBefore, TimeZone::system()));
+    ASSERT_TRUE(ScanRecorder::record(*history, analysisThen, dayBefore));
+    ASSERT_TRUE(ScanRecorder::record(*history, result.analysis, result.finishedAt));
 
     auto* stack = window->changes()->parentWidget();
     ASSERT_TRUE(stack);

@@ -150,10 +150,8 @@ TEST(ColorMapStoreTest, MakesSlowModesOffTheMainThreadOnceAndForgetsOldTrees)
     ColorMapStore store;
     QSignalSpy ready(&store, &ColorMapStore::ready);
     auto tree = datedTree(DateGroup::Boundaries::current());
-    auto content = ContentMap::build(tree);
 
-    // What only reads the content map made before is there at once.
-    EXPECT_NE(store.colors(tree, ColorMode::contentType, content), nullptr);
+    // What only reads the tree is there at once.
     EXPECT_NE(store.colors(tree, ColorMode::onDiskVsSize), nullptr);
     EXPECT_EQ(ready.count(), 0);
 

@@ -83,7 +83,8 @@ bool saveHistoryPictures(MainWindow& window, AppModel& model, const std::string&
     (void)store.clear();
     const AppModel::Result weekAgo = *model.result();
     Date now = std::chrono::system_clock::now();
-    if (!ScanRecorder::record(store, weekAgo.tree, weekAgo.content, now - std::chrono::days(7) - std::chrono::hours(2)))
+    const Date weekAgoDate = now - std::chrono::days(7) - std::chrono::hours(2);
+    if (!ScanRecorder::record(store, weekAgo.analysis->redated(DateGroup::Boundaries::make(weekAgoDate, TimeZone::system())), weekAgoDate))
         return false;
     if (!HistoryDemo::makeToday(home) || !HistoryDemo::recordDiskMonth(store, now))
         return false;
@@ -91,7 +92,7 @@ bool saveHistoryPictures(MainWindow& window, AppModel& model, const std::string&
     if (!waitFor([&] { return !model.runningScan() && model.result() && model.result()->tree != weekAgo.tree && !window.isBusy(); }))
         return false;
     const AppModel::Result today = *model.result();
-    if (!ScanRecorder::record(store, today.tree, today.content, today.finishedAt))
+    if (!ScanRecorder::record(store, today.analysis, today.finishedAt))
         return false;
 
     bool written = true;
