@@ -72,6 +72,42 @@ protected:
 
 }
 
+// Date groups belong to a day: after midnight the scan on screen is grouped by the new day,
+// for the commands as for the window, and only its date maps are made again.
+TEST_F(AgentToolsTest, AfterMidnightTheScanOnScreenIsGroupedByTheNewDay)
+{
+    auto firstGroup = [&] {
+        AgentResult types = ask("types", { { "color", "modified" } }, true);
+        EXPECT_FALSE(types.isError) << types.text;
+        if (!types.structured)
+            return std::string();
+        nlohmann::json answer = nlohmann::json::parse(JSONCoding::render(*types.structured, JSONLayout::pretty));
+        return answer["groups"].empty() ? std::string() : answer["groups"][0]["key"].get<std::string>();
+    };
+    using Analysis = std::shared_ptr<const ScanAnalysis>;
+    auto analysis = [&] { return m_executor.runAndWait<Analysis>([&] { return m_model.result()->analysis; }); };
+    const Analysis scanned = analysis();
+    ASSERT_NE(scanned, nullptr);
+    EXPECT_EQ(firstGroup(), "today") << "everything was just written";
+
+    // Asked on the day of the scan, nothing changes.
+    m_executor.runAndWait<bool>([&] { m_model.keepDatesCurrent(scanned->boundaries().dates[0] + std::chrono::hours(23)); return true; });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(analysis(), scanned);
+
+    const Date twoDaysLater = scanned->boundaries().dates[0] + std::chrono::hours(2 * 24 + 12);
+    m_executor.runAndWait<bool>([&] { m_model.keepDatesCurrent(twoDaysLater); return true; });
+    for (int i = 0; i < 500 && analysis() == scanned; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    const Analysis redated = analysis();
+    ASSERT_NE(redated, scanned);
+    EXPECT_EQ(redated->boundaries(), DateGroup::Boundaries::make(twoDaysLater, TimeZone::system()));
+    EXPECT_EQ(firstGroup(), "past_7_days");
+    EXPECT_EQ(redated->content(), scanned->content());
+    EXPECT_EQ(redated->owners(), scanned->owners());
+    EXPECT_EQ(redated->hidden(), scanned->hidden());
+}
+
 TEST_F(AgentToolsTest, RequestsTheToolWouldNotSendAreRefusedWithItsUsageText)
 {
     struct Case {

@@ -173,6 +173,19 @@ TEST_F(MainWindowTest, RendersEveryColorModeWithItsOwnColorsAndLegend)
     EXPECT_GE(sectorColors.size(), 3u);
 }
 
+// A completed scan comes with the colours of every mode: the window shows each at once, the
+// very maps the commands and the snapshot read, and makes none of its own for it.
+TEST_F(MainWindowTest, ShowsEveryModeOfAFinishedScanAtOnceFromItsAnalysis)
+{
+    scan();
+    const std::shared_ptr<const ScanAnalysis> analysis = model->result()->analysis;
+    ASSERT_NE(analysis, nullptr);
+    for (ColorMode mode : allColorModes) {
+        model->setColorMode(mode);
+        EXPECT_EQ(window->map()->colors(), analysis->colors(mode)) << ColorModes::title(mode);
+    }
+}
+
 TEST_F(MainWindowTest, LegendNamesTheContentOfTheOpenFolderWithShares)
 {
     scan();
