@@ -11,6 +11,11 @@
 
 namespace tarnwick::TypeGroups {
 
+Maps Maps::of(const ScanAnalysis& analysis)
+{
+    return Maps { analysis.content(), analysis.owners(), analysis.ownerBuckets(), analysis.modified(), analysis.created(), analysis.hidden() };
+}
+
 namespace {
 
 constexpr std::int64_t extremeFloor = 10'000'000; // the size snapshots keep folders from
@@ -67,15 +72,6 @@ std::shared_ptr<const OwnerMap> ownersOf(const std::shared_ptr<const ScanTree>& 
     // The app passes the owners it made with the scan; the tool attributes them here.
     return std::make_shared<const OwnerMap>(OwnerMap::build(*tree, InstalledOwners::places()));
 }
-
-}
-
-Maps Maps::of(const ScanAnalysis& analysis)
-{
-    return Maps { analysis.content(), analysis.owners(), analysis.ownerBuckets(), analysis.modified(), analysis.created(), analysis.hidden() };
-}
-
-namespace {
 
 std::optional<ModeView> viewOf(const std::shared_ptr<const ScanTree>& tree, ColorMode mode, Maps& maps)
 {

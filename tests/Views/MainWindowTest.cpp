@@ -182,7 +182,7 @@ TEST_F(MainWindowTest, ShowsEveryModeOfAFinishedScanAtOnceFromItsAnalysis)
     ASSERT_NE(analysis, nullptr);
     for (ColorMode mode : allColorModes) {
         model->setColorMode(mode);
-        EXPECT_EQ(window->map()->colors(), analysis->colors(mode)) << ColorModes::title(mode);
+        EXPECT_EQ(window->map()->colors().get(), analysis->colors(mode).get()) << ColorModes::title(mode);
     }
 }
 
