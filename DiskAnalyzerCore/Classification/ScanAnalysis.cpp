@@ -16,20 +16,19 @@ std::shared_ptr<const ScanAnalysis> ScanAnalysis::make(std::shared_ptr<const Sca
     std::shared_ptr<ScanAnalysis> analysis(new ScanAnalysis());
     analysis->m_tree = tree;
     analysis->m_boundaries = boundaries;
-    // Each map is one pass over the same read-only tree, independent of the others: two
-    // threads make them in about half the time, which keeps a large scan's colours from
-    // reaching the window later than the content map alone did.
-    auto contentAndHidden = std::async(std::launch::async, [tree, analysis] {
-        analysis->m_content = ContentMap::build(tree);
-        analysis->m_hidden = ModeBucketMaps::hidden(tree);
-    });
+    // Each map is its own passes over the same read-only tree. The content map (classifying
+    // every name) takes about as long as all the others together, so a second thread makes
+    // it while this one makes the rest: a large scan's colours then reach the window about
+    // as soon as the content map and the owners alone did, one after the other.
+    auto content = std::async(std::launch::async, [tree] { return ContentMap::build(tree); });
     if (ownerPlaces) {
         analysis->m_owners = std::make_shared<const OwnerMap>(OwnerMap::build(*tree, *ownerPlaces));
         analysis->m_ownerBuckets = analysis->m_owners->buckets(tree);
     }
     analysis->m_modified = ModeBucketMaps::dates(tree, ModeBucketMaps::DateKind::modified, boundaries);
     analysis->m_created = ModeBucketMaps::dates(tree, ModeBucketMaps::DateKind::created, boundaries);
-    contentAndHidden.get();
+    analysis->m_hidden = ModeBucketMaps::hidden(tree);
+    analysis->m_content = content.get();
     analysis->makeColors();
     return analysis;
 }
