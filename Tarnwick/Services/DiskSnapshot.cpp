@@ -1,6 +1,5 @@
 #include "DiskSnapshot.hpp"
 
-#include "Classification/InstalledOwners.hpp"
 #include "Classification/ScanAnalysis.hpp"
 #include "Classification/TimeZone.hpp"
 #include "History/ScanRecorder.hpp"
@@ -53,8 +52,9 @@ DailyScans::DiskOutcome take(HistoryStore& store, const HistorySource& disk, con
     case ScanOutcome::Status::Kind::rootUnreadable:
         return { disk, Outcome::failed, outcome.status.message };
     }
-    // Made as the app makes a finished scan's, so that a daily snapshot keeps the same colours.
-    auto analysis = ScanAnalysis::make(outcome.tree, DateGroup::Boundaries::make(outcome.finishedAt, TimeZone::system()), &InstalledOwners::places());
+    // Made as the app makes a finished scan's, so that a daily snapshot keeps the same colours;
+    // a snapshot keeps no owners, so none are attributed.
+    auto analysis = ScanAnalysis::make(outcome.tree, DateGroup::Boundaries::make(outcome.finishedAt, TimeZone::system()), nullptr);
     auto recorded = ScanRecorder::record(store, analysis, outcome.finishedAt);
     if (!recorded)
         return { disk, Outcome::failed, recorded.error().message() };

@@ -579,7 +579,8 @@ void MainWindow::showResult()
     updateNavigation(tree, open);
 
     // A completed scan comes with every mode's colours; a stopped one is coloured here.
-    std::shared_ptr<const ColorMap> colors = result.analysis ? result.analysis->colors(m_model.colorMode()) : m_colors->colors(tree, m_model.colorMode());
+    std::shared_ptr<const ColorMap> colors =
+        result.analysis ? result.analysis->colors(m_model.colorMode()) : m_colors->colors(tree, m_model.colorMode());
     m_map->showTree(tree, open, open == NodeID::root() ? capacityOf(tree) : std::nullopt);
     m_map->setColors(colors);
     m_map->setSelection(selection);
