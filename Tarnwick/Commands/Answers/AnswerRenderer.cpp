@@ -2,7 +2,14 @@
 
 #include "Agent/AgentErrorCode.hpp"
 #include "AnswerPages.hpp"
+#include "Agent/AgentFormat.hpp"
+#include "Agent/OutputLimit.hpp"
+#include "FindAnswer.hpp"
 #include "HistoryAnswer.hpp"
+#include "ScanAnswer.hpp"
+#include "ShowAnswer.hpp"
+#include "StatusAnswer.hpp"
+#include "SummaryAnswer.hpp"
 
 #include <optional>
 #include <string_view>
@@ -39,6 +46,44 @@ AgentResult fitted(const Answer& answer, std::size_t listed, std::string_view to
     return *std::move(best);
 }
 
+// An answer without a list is what it is, unless something it repeats made it too large.
+template <class Answer>
+AgentResult whole(const Answer& answer)
+{
+    return AgentFormat::withinLimit(AnswerPages::page(answer, 0));
+}
+
+}
+
+AgentResult rendered(const StatusAnswer& answer)
+{
+    return whole(answer);
+}
+
+AgentResult rendered(const ScanAnswer& answer)
+{
+    return whole(answer);
+}
+
+AgentResult rendered(const AlreadyRunningAnswer& answer)
+{
+    return whole(answer);
+}
+
+AgentResult rendered(const ShowAnswer& answer)
+{
+    return whole(answer);
+}
+
+AgentResult rendered(const SummaryAnswer& answer)
+{
+    return fitted(answer, answer.items.size(), OutputLimit::summaryTooLarge);
+}
+
+// A page that cannot hold even its first item would name the same cursor again forever.
+AgentResult rendered(const FindAnswer& answer)
+{
+    return fitted(answer, answer.items.size(), OutputLimit::findPathTooLong, true);
 }
 
 AgentResult rendered(const HistoryAnswer& answer)

@@ -5,7 +5,13 @@
 
 namespace tarnwick {
 
+struct AlreadyRunningAnswer;
+struct FindAnswer;
 struct HistoryAnswer;
+struct ScanAnswer;
+struct ShowAnswer;
+struct StatusAnswer;
+struct SummaryAnswer;
 
 // The one place where command answers become words and JSON. Both are made together from
 // the same typed answer, so the text and --json cannot tell different things, and here
@@ -13,6 +19,12 @@ struct HistoryAnswer;
 // the middle and written visibly, and lists are shrunk (saying so) or paged.
 namespace AnswerRenderer {
 
+AgentResult rendered(const StatusAnswer& answer);
+AgentResult rendered(const ScanAnswer& answer);
+AgentResult rendered(const AlreadyRunningAnswer& answer);
+AgentResult rendered(const ShowAnswer& answer);
+AgentResult rendered(const SummaryAnswer& answer);
+AgentResult rendered(const FindAnswer& answer);
 AgentResult rendered(const HistoryAnswer& answer);
 
 template <class Answer>
