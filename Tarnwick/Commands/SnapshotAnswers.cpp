@@ -1,6 +1,7 @@
 #include "SnapshotAnswers.hpp"
 
 #include "Agent/AgentErrorCode.hpp"
+#include "Answers/AnswerRenderer.hpp"
 #include "SnapshotCommands.hpp"
 
 #include <array>
@@ -12,10 +13,16 @@ namespace {
 
 using Handler = AgentResult (*)(const AgentCommands::Request&, const Context&);
 
+template <auto handler>
+AgentResult rendered(const AgentCommands::Request& request, const Context& context)
+{
+    return AnswerRenderer::rendered(handler(request, context));
+}
+
 constexpr std::array<std::pair<std::string_view, Handler>, 8> handlers { {
     { "disks", SnapshotCommands::disks },
     { "changes", SnapshotCommands::changes },
-    { "history", SnapshotCommands::history },
+    { "history", rendered<SnapshotCommands::history> },
     { "types", SnapshotCommands::types },
     { "alerts", SnapshotCommands::alerts },
     { "add-alert", SnapshotCommands::addAlert },

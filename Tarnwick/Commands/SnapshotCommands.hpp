@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Answers/HistoryAnswer.hpp"
+#include "Answers/Answered.hpp"
 #include "SnapshotAnswers.hpp"
 
 // The handlers behind SnapshotAnswers, one file per command or pair of commands.
@@ -10,7 +12,7 @@ using Request = AgentCommands::Request;
 
 AgentResult disks(const Request& request, const Context& context);    // DisksCommand.cpp
 AgentResult changes(const Request& request, const Context& context);  // ChangesCommand.cpp
-AgentResult history(const Request& request, const Context& context);  // HistoryCommand.cpp
+Answered<HistoryAnswer> history(const Request& request, const Context& context);  // HistoryCommand.cpp
 AgentResult types(const Request& request, const Context& context);    // TypesCommand.cpp
 AgentResult alerts(const Request& request, const Context& context);   // AlertCommands.cpp
 AgentResult addAlert(const Request& request, const Context& context);
