@@ -99,47 +99,93 @@ void BucketMap::addUncovered(NodeID folder, std::int64_t uncovered, std::int64_t
 
 std::shared_ptr<const BucketMap> BucketMap::build(std::shared_ptr<const ScanTree> tree, int width, int unknown, Input input)
 {
-    if (!tree || width < 1 || width >= 255 || unknown < 0 || unknown >= width)
-        return nullptr;
-    const auto n = static_cast<std::size_t>(std::max(tree->count(), 0));
-    if (input.categories.size() != n || input.fallbacks.size() != n)
-        return nullptr;
+    std::vector<Spec> specs;
+    specs.push_back(Spec { width, unknown, std::move(input) });
+    return buildTogether(std::move(tree), std::move(specs)).front();
+}
 
-    std::shared_ptr<BucketMap> map(new BucketMap());
-    map->m_tree = std::move(tree);
-    map->m_nodeCount = static_cast<std::int32_t>(n);
-    map->m_width = width;
-    map->m_unknown = unknown;
-    map->m_categories = std::move(input.categories);
-    map->m_fallbacks = std::move(input.fallbacks);
-    map->m_storedTotals = std::move(input.storedTotals);
-    map->m_rests = std::move(input.rests);
-    const ScanTree& scan = *map->m_tree;
-    std::span<const NodeKind> kinds = scan.kinds();
-    std::span<const std::int32_t> parents = scan.parents();
-    std::span<const std::int64_t> allocated = scan.allocatedSizes();
+std::vector<std::shared_ptr<const BucketMap>> BucketMap::buildTogether(std::shared_ptr<const ScanTree> tree, std::vector<Spec> specs)
+{
+    std::vector<std::shared_ptr<const BucketMap>> result(specs.size());
+    if (!tree)
+        return result;
+    const auto n = static_cast<std::size_t>(std::max(tree->count(), 0));
+    // The maps being built, each with where its part of a folder's row starts.
+    std::vector<std::shared_ptr<BucketMap>> maps;
+    std::vector<std::size_t> offsets;
+    std::vector<std::int64_t> retentionBytes;
+    std::size_t stride = 0;
+    for (std::size_t k = 0; k < specs.size(); ++k) {
+        Spec& spec = specs[k];
+        if (spec.width < 1 || spec.width >= 255 || spec.unknown < 0 || spec.unknown >= spec.width)
+            continue;
+        if (spec.input.categories.size() != n || spec.input.fallbacks.size() != n)
+            continue;
+        std::shared_ptr<BucketMap> map(new BucketMap());
+        map->m_tree = tree;
+        map->m_nodeCount = static_cast<std::int32_t>(n);
+        map->m_width = spec.width;
+        map->m_unknown = spec.unknown;
+        map->m_categories = std::move(spec.input.categories);
+        map->m_fallbacks = std::move(spec.input.fallbacks);
+        map->m_storedTotals = std::move(spec.input.storedTotals);
+        map->m_rests = std::move(spec.input.rests);
+        result[k] = map;
+        maps.push_back(std::move(map));
+        offsets.push_back(stride);
+        retentionBytes.push_back(spec.input.retentionBytes);
+        stride += static_cast<std::size_t>(spec.width);
+    }
+    if (maps.empty())
+        return result;
 
     // Dense folder numbers in node order.
+    std::span<const NodeKind> kinds = tree->kinds();
     std::vector<std::int32_t> folderNumber(n, -1);
     std::int32_t folderCount = 0;
     for (std::size_t i = 0; i < n; ++i) {
         if (isContainer(kinds[i]))
             folderNumber[i] = folderCount++;
     }
-    const auto w = static_cast<std::size_t>(width);
-    std::vector<std::int64_t> matrix(static_cast<std::size_t>(folderCount) * w, 0);
-    std::vector<std::int64_t> childSums(static_cast<std::size_t>(folderCount), 0);
-    auto rowOf = [&](std::size_t node) { return matrix.data() + static_cast<std::size_t>(folderNumber[node]) * w; };
+    std::vector<std::int64_t> matrix(static_cast<std::size_t>(folderCount) * stride, 0);
+    sumRows(*tree, maps, offsets, folderNumber, matrix, stride);
+    for (std::size_t m = 0; m < maps.size(); ++m)
+        maps[m]->keepDominant(folderNumber, matrix.data() + offsets[m], stride, retentionBytes[m]);
+    return result;
+}
+
+void BucketMap::sumRows(const ScanTree& tree, const std::vector<std::shared_ptr<BucketMap>>& maps, const std::vector<std::size_t>& offsets,
+    const std::vector<std::int32_t>& folderNumber, std::vector<std::int64_t>& matrix, std::size_t stride)
+{
+    const std::size_t n = folderNumber.size();
+    std::span<const std::int32_t> parents = tree.parents();
+    std::span<const std::int64_t> allocated = tree.allocatedSizes();
+    std::vector<std::int64_t> childSums(matrix.size() / stride, 0);
+    auto rowOf = [&](std::size_t node) { return matrix.data() + static_cast<std::size_t>(folderNumber[node]) * stride; };
 
     // Children come after their parents, so by the time the pass reaches a folder its row
-    // already holds every child; it then takes its uncovered bytes and moves up.
+    // already holds every child; it then takes its uncovered bytes and moves up. The rows of
+    // all maps lie side by side, so each parent's row is reached once for all of them.
     auto settle = [&](std::size_t folder) {
         std::int64_t* row = rowOf(folder);
         std::int64_t uncovered = allocated[folder] - childSums[static_cast<std::size_t>(folderNumber[folder])];
-        map->addUncovered(NodeID { static_cast<std::int32_t>(folder) }, uncovered, row);
-        if (const BucketTotals* given = map->supplied(NodeID { static_cast<std::int32_t>(folder) }))
-            std::copy(given->buckets.begin(), given->buckets.end(), row);
+        const NodeID id { static_cast<std::int32_t>(folder) };
+        for (std::size_t m = 0; m < maps.size(); ++m) {
+            maps[m]->addUncovered(id, uncovered, row + offsets[m]);
+            if (const BucketTotals* given = maps[m]->supplied(id))
+                std::copy(given->buckets.begin(), given->buckets.end(), row + offsets[m]);
+        }
     };
+    // What the pass reads of each map for every file, at hand.
+    struct Part {
+        const std::uint8_t* categories;
+        std::size_t offset;
+        int width;
+        int unknown;
+    };
+    std::vector<Part> parts;
+    for (std::size_t m = 0; m < maps.size(); ++m)
+        parts.push_back(Part { maps[m]->m_categories.data(), offsets[m], maps[m]->m_width, maps[m]->m_unknown });
     for (std::size_t i = n; i-- > 1;) {
         auto parent = static_cast<std::size_t>(parents[i]);
         if (parents[i] < 0 || folderNumber[parent] < 0)
@@ -147,31 +193,38 @@ std::shared_ptr<const BucketMap> BucketMap::build(std::shared_ptr<const ScanTree
         std::int64_t* parentRow = rowOf(parent);
         if (folderNumber[i] >= 0) {
             settle(i);
-            addRow(parentRow, rowOf(i), width);
+            addRow(parentRow, rowOf(i), static_cast<int>(stride));
         } else {
-            SaturatingMath::add(parentRow[map->bucketOf(map->m_categories[i])], allocated[i]);
+            for (const Part& part : parts) {
+                int byte = part.categories[i];
+                SaturatingMath::add(parentRow[part.offset + static_cast<std::size_t>(byte < part.width ? byte : part.unknown)], allocated[i]);
+            }
         }
         SaturatingMath::add(childSums[static_cast<std::size_t>(folderNumber[parent])], allocated[i]);
     }
     if (n > 0 && folderNumber[0] >= 0)
         settle(0);
+}
 
+void BucketMap::keepDominant(const std::vector<std::int32_t>& folderNumber, const std::int64_t* rows, std::size_t stride, std::int64_t retentionBytes)
+{
     // Keep each folder's dominant bucket, and whole rows only where they are worth their memory.
-    auto isRetained = [&](std::size_t folder) { return folder == 0 || allocated[folder] >= input.retentionBytes; };
-    std::size_t retained = map->m_storedTotals.size();
+    std::span<const std::int64_t> allocated = m_tree->allocatedSizes();
+    const std::size_t n = folderNumber.size();
+    auto isRetained = [&](std::size_t folder) { return folder == 0 || allocated[folder] >= retentionBytes; };
+    std::size_t retained = m_storedTotals.size();
     for (std::size_t i = 0; i < n; ++i)
         retained += folderNumber[i] >= 0 && isRetained(i) ? 1 : 0;
-    map->m_storedTotals.reserve(retained);
+    m_storedTotals.reserve(retained);
     for (std::size_t i = 0; i < n; ++i) {
         if (folderNumber[i] < 0)
             continue;
-        const std::int64_t* row = rowOf(i);
-        std::optional<int> dominant = dominantOf(row, width);
-        map->m_categories[i] = dominant ? static_cast<std::uint8_t>(*dominant) : noBucket;
+        const std::int64_t* row = rows + static_cast<std::size_t>(folderNumber[i]) * stride;
+        std::optional<int> dominant = dominantOf(row, m_width);
+        m_categories[i] = dominant ? static_cast<std::uint8_t>(*dominant) : noBucket;
         if (isRetained(i)) // a supplied row stays as it was given
-            map->m_storedTotals.try_emplace(NodeID { static_cast<std::int32_t>(i) }, totalsOfRow(row, width));
+            m_storedTotals.try_emplace(NodeID { static_cast<std::int32_t>(i) }, totalsOfRow(row, m_width));
     }
-    return map;
 }
 
 void BucketMap::fillSubtreeTotals(NodeID folder, std::int64_t* row) const

@@ -43,6 +43,16 @@ public:
     // arrays do not hold one entry per node; callers then show unknown.
     static std::shared_ptr<const BucketMap> build(std::shared_ptr<const ScanTree> tree, int width, int unknown, Input input);
 
+    struct Spec {
+        int width = 0;
+        int unknown = 0;
+        Input input;
+    };
+    // Several maps of one tree in one pass, each as build() makes it, in the order of the
+    // specs (null for a spec build() would refuse). The pass's cost is in reaching each
+    // node's parent row, which it does once for all of them.
+    static std::vector<std::shared_ptr<const BucketMap>> buildTogether(std::shared_ptr<const ScanTree> tree, std::vector<Spec> specs);
+
     [[nodiscard]] std::int32_t nodeCount() const { return m_nodeCount; }
     [[nodiscard]] int width() const { return m_width; }
     [[nodiscard]] int unknown() const { return m_unknown; }
@@ -72,6 +82,11 @@ private:
     // Adds a folder's uncovered bytes to a row: split by its rests, or all to its fallback.
     void addUncovered(NodeID folder, std::int64_t uncovered, std::int64_t* row) const;
     [[nodiscard]] const BucketTotals* supplied(NodeID folder) const;
+    // The bottom-up pass: every folder's row of every map, side by side in matrix.
+    static void sumRows(const ScanTree& tree, const std::vector<std::shared_ptr<BucketMap>>& maps, const std::vector<std::size_t>& offsets,
+        const std::vector<std::int32_t>& folderNumber, std::vector<std::int64_t>& matrix, std::size_t stride);
+    // From the summed rows: each folder's dominant bucket, and the rows worth keeping.
+    void keepDominant(const std::vector<std::int32_t>& folderNumber, const std::int64_t* rows, std::size_t stride, std::int64_t retentionBytes);
     void fillSubtreeTotals(NodeID folder, std::int64_t* row) const;
 
     std::shared_ptr<const ScanTree> m_tree;

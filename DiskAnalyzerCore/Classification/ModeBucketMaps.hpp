@@ -28,6 +28,16 @@ inline constexpr int hiddenBucket = 1;
 std::shared_ptr<const BucketMap> dates(std::shared_ptr<const ScanTree> tree, DateKind kind, const DateGroup::Boundaries& boundaries);
 std::shared_ptr<const BucketMap> hidden(std::shared_ptr<const ScanTree> tree);
 
+struct Maps {
+    std::shared_ptr<const BucketMap> modified;
+    std::shared_ptr<const BucketMap> created;
+    std::shared_ptr<const BucketMap> hidden; // null when not asked for
+};
+enum class Visibility : bool { without, with };
+// Both date maps, and the visibility map when asked for, the same as one by one but in one
+// pass over the tree, which costs little more than one map alone.
+Maps together(std::shared_ptr<const ScanTree> tree, const DateGroup::Boundaries& boundaries, Visibility visibility);
+
 }
 
 }

@@ -25,9 +25,10 @@ std::shared_ptr<const ScanAnalysis> ScanAnalysis::make(std::shared_ptr<const Sca
         analysis->m_owners = std::make_shared<const OwnerMap>(OwnerMap::build(*tree, *ownerPlaces));
         analysis->m_ownerBuckets = analysis->m_owners->buckets(tree);
     }
-    analysis->m_modified = ModeBucketMaps::dates(tree, ModeBucketMaps::DateKind::modified, boundaries);
-    analysis->m_created = ModeBucketMaps::dates(tree, ModeBucketMaps::DateKind::created, boundaries);
-    analysis->m_hidden = ModeBucketMaps::hidden(tree);
+    ModeBucketMaps::Maps own = ModeBucketMaps::together(tree, boundaries, ModeBucketMaps::Visibility::with);
+    analysis->m_modified = std::move(own.modified);
+    analysis->m_created = std::move(own.created);
+    analysis->m_hidden = std::move(own.hidden);
     analysis->m_content = content.get();
     analysis->makeColors();
     return analysis;
@@ -37,8 +38,9 @@ std::shared_ptr<const ScanAnalysis> ScanAnalysis::redated(const DateGroup::Bound
 {
     std::shared_ptr<ScanAnalysis> analysis(new ScanAnalysis(*this));
     analysis->m_boundaries = boundaries;
-    analysis->m_modified = ModeBucketMaps::dates(m_tree, ModeBucketMaps::DateKind::modified, boundaries);
-    analysis->m_created = ModeBucketMaps::dates(m_tree, ModeBucketMaps::DateKind::created, boundaries);
+    ModeBucketMaps::Maps dates = ModeBucketMaps::together(m_tree, boundaries, ModeBucketMaps::Visibility::without);
+    analysis->m_modified = std::move(dates.modified);
+    analysis->m_created = std::move(dates.created);
     analysis->makeColors();
     return analysis;
 }

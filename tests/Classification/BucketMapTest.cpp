@@ -246,3 +246,53 @@ TEST(BucketMap, BadParametersBuildNoMap)
     EXPECT_EQ(BucketMap::build(fixture.scan, 3, 0, shortInput), nullptr);
     EXPECT_EQ(BucketMap::build(nullptr, 3, 0, {}), nullptr);
 }
+
+// Maps built together in one pass are each the map built alone: their rows sit side by side
+// in the pass, so a slip in where one ends shows in another's totals.
+TEST(BucketMap, MapsBuiltTogetherAreEachAsBuiltAlone)
+{
+    Fixture fixture(
+        {
+            { "a/x", 300, 0 },
+            { "a/b/y", 200, 1 },
+            { "a/b/c/z", 50, 2 },
+            { "a/b/c/w", 7, 0 },
+            { "a/d/v", 11, 1 },
+            { "e/u", 13, 2 },
+            { "e/empty/", 0, 0 },
+        },
+        { { "a/b", 40 }, { "a/b/c", 3 }, { "e", 5 } }, 1);
+    auto shifted = [&](int by, int width) {
+        std::vector<std::uint8_t> bytes = fixture.categories;
+        for (std::uint8_t& byte : bytes)
+            byte = byte == BucketMap::noBucket ? byte : static_cast<std::uint8_t>((byte + by) % width);
+        return bytes;
+    };
+    auto specs = [&] {
+        std::vector<BucketMap::Spec> made;
+        made.push_back({ 3, 0, { fixture.categories, fixture.fallbacks, {}, { { fixture["a/b/c"], { { 2, 1 }, { 0, 2 } } } }, 0 } });
+        made.push_back({ 0, 0, { fixture.categories, fixture.fallbacks, {}, {} } }); // refused, as build() refuses it
+        made.push_back({ 5, 4, { shifted(3, 5), std::vector<std::uint8_t>(fixture.fallbacks.size(), 4),
+                                  { { fixture["e"], BucketTotals { 18, { 0, 18, 0, 0, 0 } } } }, {} } });
+        made.push_back({ 2, 1, { shifted(1, 2), fixture.fallbacks, {}, { { fixture["a/b"], { { 1, 1 } } } }, 100 } });
+        return made;
+    };
+    std::vector<std::shared_ptr<const BucketMap>> together = BucketMap::buildTogether(fixture.scan, specs());
+    ASSERT_EQ(together.size(), 4u);
+    EXPECT_EQ(together[1], nullptr);
+    std::vector<BucketMap::Spec> alone = specs();
+    for (std::size_t k : { 0u, 2u, 3u }) {
+        SCOPED_TRACE(k);
+        BucketMap::Spec& spec = alone[k];
+        auto expected = BucketMap::build(fixture.scan, spec.width, spec.unknown, std::move(spec.input));
+        ASSERT_NE(expected, nullptr);
+        ASSERT_NE(together[k], nullptr);
+        EXPECT_EQ(together[k]->width(), expected->width());
+        EXPECT_TRUE(std::ranges::equal(together[k]->categories(), expected->categories()));
+        EXPECT_EQ(together[k]->storedTotals(), expected->storedTotals());
+        for (NodeID node { 0 }; node.value < fixture.scan->count(); ++node.value)
+            EXPECT_EQ(together[k]->totals(node), expected->totals(node)) << fixture.scan->path(node);
+    }
+    EXPECT_EQ(together[2]->totals(fixture["e"]), (std::vector<std::int64_t> { 0, 18, 0, 0, 0 })) << "a row given stands for its folder";
+    EXPECT_EQ(BucketMap::buildTogether(nullptr, specs()), (std::vector<std::shared_ptr<const BucketMap>>(4)));
+}
