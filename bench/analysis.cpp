@@ -3,7 +3,8 @@
 // owners, on two threads), against what that thread made before (the content map and the
 // owners, one after the other); and the snapshot's reduction and encoding from the analysis,
 // against the same after making its content, date and visibility maps again, as the writer
-// did before. The snapshot file's write is left out: it is the same both ways.
+// did before. The snapshot file's write is left out: it is the same both ways. Last, the date
+// and visibility maps made one by one against the three made together in one pass.
 //   analysis [FOLDER] [--rounds N]
 // FOLDER defaults to the 1,000,000-entry tree that bench/run.sh makes.
 #include "support/BenchTiming.hpp"
@@ -79,10 +80,21 @@ int main(int argc, char** argv)
         sink += encoded ? encoded->current.size() : 0;
     });
 
+    Timing oneByOne = timeRounds(rounds, [&] {
+        sink += ModeBucketMaps::dates(tree, ModeBucketMaps::DateKind::modified, boundaries)->width();
+        sink += ModeBucketMaps::dates(tree, ModeBucketMaps::DateKind::created, boundaries)->width();
+        sink += ModeBucketMaps::hidden(tree)->width();
+    });
+    Timing together = timeRounds(rounds, [&] {
+        sink += ModeBucketMaps::together(tree, boundaries, ModeBucketMaps::Visibility::with).hidden->width();
+    });
+
     report("scan thread before: content map, then owners", before);
     report("scan thread now: the analysis, every mode (two threads)", now);
     report("snapshot writer before: content, date, hidden maps again", remade);
     report("snapshot: reduce + encode from the analysis", snapshot);
+    report("date and visibility maps one by one", oneByOne);
+    report("date and visibility maps together", together);
     std::printf("%-58s before %7.1f ms   now %7.1f ms\n", "scan end to colours ready for the window (medians)", before.median, now.median);
     std::printf("%-58s before %7.1f ms   now %7.1f ms\n", "scan end to snapshot encoded (medians, one after another)",
         before.median + remade.median + snapshot.median, now.median + snapshot.median);
