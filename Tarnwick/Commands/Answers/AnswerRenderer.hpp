@@ -5,7 +5,14 @@
 
 namespace tarnwick {
 
+struct AlertAddedAnswer;
+struct AlertsAnswer;
+struct AlertsRemovedAnswer;
+struct ChangesAnswer;
+struct DisksAnswer;
 struct HistoryAnswer;
+struct MetricsAnswer;
+struct TypesAnswer;
 
 // The one place where command answers become words and JSON. Both are made together from
 // the same typed answer, so the text and --json cannot tell different things, and here
@@ -14,6 +21,13 @@ struct HistoryAnswer;
 namespace AnswerRenderer {
 
 AgentResult rendered(const HistoryAnswer& answer);
+AgentResult rendered(const ChangesAnswer& answer);
+AgentResult rendered(const DisksAnswer& answer);
+AgentResult rendered(const TypesAnswer& answer);
+AgentResult rendered(const AlertsAnswer& answer);
+AgentResult rendered(const AlertAddedAnswer& answer);
+AgentResult rendered(const AlertsRemovedAnswer& answer);
+AgentResult rendered(const MetricsAnswer& answer);
 
 template <class Answer>
 AgentResult rendered(const Answered<Answer>& answered)
