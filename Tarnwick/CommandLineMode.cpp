@@ -8,6 +8,7 @@
 #include "Agent/LocalAnswer.hpp"
 #include "Agent/ToolName.hpp"
 #include "AppCommands.hpp"
+#include "Answers/AnswerRenderer.hpp"
 #include "SnapshotAnswers.hpp"
 
 #include <csignal>
@@ -20,7 +21,7 @@ AgentResult answerHere(const AgentCommands::Request& request)
 {
     try {
         if (request.command == "status")
-            return AppCommands::statusWithoutApp();
+            return AnswerRenderer::rendered(AppCommands::statusWithoutApp());
         return SnapshotAnswers::answer(request);
     } catch (const std::exception& error) {
         return AgentResult::failure(AgentErrorCode::generic, "Tarnwick couldn't answer: " + std::string(error.what()));

@@ -36,6 +36,14 @@ inline std::string noSuchPlace(const std::string& path)
 {
     return EchoedText::shown(path) + " doesn't exist.";
 }
+inline std::string notACursor(const std::string& cursor)
+{
+    return "The cursor " + EchoedText::shown(cursor) + " is not one find printed.";
+}
+inline std::string unresolvable(const std::string& path, std::string_view title, const std::string& detail)
+{
+    return EchoedText::shown(path) + ": " + std::string(title) + ". " + detail;
+}
 inline std::string notAFolder(const std::string& path)
 {
     return EchoedText::shown(path) + " is a file. A scan starts at a folder or a disk: scan the folder that holds it, then show the file.";

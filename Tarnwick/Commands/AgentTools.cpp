@@ -4,6 +4,7 @@
 #include "Agent/AgentErrorCode.hpp"
 #include "Agent/AgentFormat.hpp"
 #include "AgentPlaces.hpp"
+#include "Answers/AnswerRenderer.hpp"
 #include "AppCommands.hpp"
 #include "AppHandoff.hpp"
 #include "HistoryRecorder.hpp"
@@ -11,7 +12,7 @@
 #include "MainExecutor.hpp"
 #include "SnapshotAnswers.hpp"
 
-#include <array>
+#include <functional>
 #include <thread>
 
 namespace tarnwick {
@@ -22,17 +23,7 @@ constexpr long long defaultWaitSeconds = 60;
 constexpr auto pollInterval = std::chrono::milliseconds(100);
 
 using Request = AgentCommands::Request;
-using MainHandler = AgentResult (*)(AppModel&, const Request&);
-
-// The commands that run on the main executor against the model, by name.
-constexpr std::array<std::pair<std::string_view, MainHandler>, 6> mainHandlers { {
-    { "status", [](AppModel& model, const Request&) { return AppCommands::status(model); } },
-    { "scan", AppCommands::scan },
-    { "rescan", [](AppModel& model, const Request&) { return AppCommands::rescan(model); } },
-    { "show", AppCommands::show },
-    { "summary", [](AppModel& model, const Request& request) { return AppCommands::summary(model, request); } },
-    { "find", [](AppModel& model, const Request& request) { return AppCommands::find(model, request); } },
-} };
+using AnswerRenderer::rendered;
 
 }
 
@@ -68,56 +59,55 @@ AgentResult AgentTools::handleChecked(const Request& request)
     return m_executor.runAndWait<AgentResult>([&] { return onMain(request); });
 }
 
+// The commands answered on the main executor against the model the window shows.
 AgentResult AgentTools::onMain(const Request& request)
 {
-    if (request.command == "status")
-        return AppCommands::status(m_model, historyNotes());
-    for (const auto& [name, handler] : mainHandlers) {
-        if (name != request.command)
-            continue;
-        AgentResult result = handler(m_model, request);
-        if (name == "show" && !result.isError)
-            showWindow(result);
-        return result;
+    const std::pair<std::string_view, std::function<AgentResult()>> commands[] = {
+        { "status", [&] { return rendered(AppCommands::status(m_model, historyNotes())); } },
+        { "scan", [&] { return rendered(AppCommands::scan(m_model, request)); } },
+        { "rescan", [&] { return rendered(AppCommands::rescan(m_model)); } },
+        { "show", [&] { return rendered(withWindow(AppCommands::show(m_model, request))); } },
+        { "summary", [&] { return rendered(AppCommands::summary(m_model, request)); } },
+        { "find", [&] { return rendered(AppCommands::find(m_model, request)); } },
+    };
+    for (const auto& [name, answer] : commands) {
+        if (name == request.command)
+            return answer();
     }
     return AgentResult::failure(AgentErrorCode::unknownCommand, "Tarnwick has no command " + request.command + ".");
 }
 
-// What show opened is only seen when the window is: an app started by the command line keeps
-// its window hidden or minimised until asked, so show brings it forward, or says there is none.
-void AgentTools::showWindow(AgentResult& result)
+WindowPresence AgentTools::bringWindowForward()
 {
-    if (m_window)
-        m_window->bringToFront();
-    result.text += m_window ? " The window is in front." : " Tarnwick runs without a window here (no display), so nothing is shown.";
-    if (const JSONValue::Object* fields = result.structured ? result.structured->objectValue() : nullptr) {
-        JSONValue::Object withWindow = *fields;
-        withWindow["window"] = m_window != nullptr;
-        result.structured = JSONValue(std::move(withWindow));
-    }
+    if (!m_window)
+        return WindowPresence::none;
+    m_window->bringToFront();
+    return WindowPresence::inFront;
+}
+
+// What show opened is only seen when the window is, so show brings it forward.
+Answered<ShowAnswer> AgentTools::withWindow(Answered<ShowAnswer> shown)
+{
+    if (shown)
+        shown->window = bringWindowForward();
+    return shown;
 }
 
 // A second start of the app: the window comes to the front, on the place asked for.
 AgentResult AgentTools::handOff(const Request& request)
 {
-    std::string windowLine = m_window ? "Tarnwick's window is in front."
-                                      : "Tarnwick runs without a window here (no display); the command line works with it.";
-    if (m_window)
-        m_window->bringToFront();
-    if (request.command == AppHandoff::showCommand) {
-        return AgentResult::success("Tarnwick is already running. " + windowLine,
-            JSONValue::Object { { "running", true }, { "window", m_window != nullptr } });
-    }
+    if (request.command == AppHandoff::showCommand)
+        return rendered(AlreadyRunningAnswer { bringWindowForward() });
     Request scan { "scan", {}, false };
     if (auto path = AgentPlaces::argument(request.arguments, "path"))
         scan.arguments["path"] = *path;
     std::expected<Request, AgentCommands::RequestError> checked = AgentCommands::validated(scan);
     if (!checked)
         return AgentResult::failure(AgentErrorCode::invalidRequest, checked.error().message);
-    AgentResult result = AppCommands::scan(m_model, *checked);
-    if (!result.isError)
-        result.text += "\n" + windowLine;
-    return AgentFormat::withinLimit(std::move(result));
+    Answered<ScanAnswer> scanned = AppCommands::scan(m_model, *checked);
+    if (scanned)
+        scanned->window = bringWindowForward();
+    return AgentFormat::withinLimit(rendered(scanned));
 }
 
 AppCommands::HistoryNotes AgentTools::historyNotes() const
@@ -153,7 +143,7 @@ AgentResult AgentTools::waitForScan(const Request& request)
     // A finished scan is done once its snapshot is saved, or known not to be.
     while (m_recorder && m_recorder->isSaving() && std::chrono::steady_clock::now() < deadline)
         std::this_thread::sleep_for(pollInterval);
-    return m_executor.runAndWait<AgentResult>([&] { return AppCommands::status(m_model, historyNotes()); });
+    return m_executor.runAndWait<AgentResult>([&] { return rendered(AppCommands::status(m_model, historyNotes())); });
 }
 
 }

@@ -35,7 +35,8 @@ private:
     AgentResult onMain(const AgentCommands::Request& request);
     AgentResult waitForScan(const AgentCommands::Request& request);
     AgentResult handOff(const AgentCommands::Request& request);
-    void showWindow(AgentResult& result);
+    WindowPresence bringWindowForward();
+    Answered<ShowAnswer> withWindow(Answered<ShowAnswer> shown);
     SnapshotAnswers::Context snapshotContext() const;
     AppCommands::HistoryNotes historyNotes() const;
 

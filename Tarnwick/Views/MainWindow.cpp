@@ -433,10 +433,10 @@ bool MainWindow::isBusy() const
 bool MainWindow::choose(const QString& path)
 {
     AgentCommands::Request request { "scan", { { "path", path.toStdString() } }, false };
-    AgentResult result = AppCommands::scan(m_model, request);
-    if (result.isError) {
-        m_start->setFailure(QString::fromStdString(result.text));
-        statusBar()->showMessage(QString::fromStdString(result.text), 8000);
+    Answered<ScanAnswer> scanned = AppCommands::scan(m_model, request);
+    if (!scanned) {
+        m_start->setFailure(QString::fromStdString(scanned.error().text));
+        statusBar()->showMessage(QString::fromStdString(scanned.error().text), 8000);
         return false;
     }
     return true;

@@ -148,7 +148,7 @@ AgentResult page(const AlertsAnswer& answer, int shown)
     }));
 }
 
-AgentResult page(const AlertAddedAnswer& answer)
+AgentResult page(const AlertAddedAnswer& answer, int)
 {
     const SpaceAlert& alert = answer.alert;
     std::string text = (answer.replaced ? "Changed the limit of alert " : "Set alert ") + alert.shortID() + ": " + EchoedText::shown(alert.path) + " "

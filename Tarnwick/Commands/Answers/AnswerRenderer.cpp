@@ -1,6 +1,7 @@
 #include "AnswerRenderer.hpp"
 
 #include "Agent/AgentErrorCode.hpp"
+#include "Agent/AgentFormat.hpp"
 #include "Agent/OutputLimit.hpp"
 #include "AlertAddedAnswer.hpp"
 #include "AlertsAnswer.hpp"
@@ -8,8 +9,13 @@
 #include "AnswerPages.hpp"
 #include "ChangesAnswer.hpp"
 #include "DisksAnswer.hpp"
+#include "FindAnswer.hpp"
 #include "HistoryAnswer.hpp"
 #include "MetricsAnswer.hpp"
+#include "ScanAnswer.hpp"
+#include "ShowAnswer.hpp"
+#include "StatusAnswer.hpp"
+#include "SummaryAnswer.hpp"
 #include "TypesAnswer.hpp"
 
 #include <optional>
@@ -86,11 +92,44 @@ std::optional<AgentResult> fittedInTwo(const Answer& answer, int groups, int pla
     return std::nullopt;
 }
 
-AgentResult whole(AgentResult result)
+// An answer without a list is what it is, unless something it repeats made it too large.
+template <class Answer>
+AgentResult whole(const Answer& answer)
 {
-    return result.fits() ? std::move(result) : AgentResult::failure(AgentErrorCode::outputTooLarge, OutputLimit::answerTooLarge);
+    return AgentFormat::withinLimit(AnswerPages::page(answer, 0));
 }
 
+}
+
+AgentResult rendered(const StatusAnswer& answer)
+{
+    return whole(answer);
+}
+
+AgentResult rendered(const ScanAnswer& answer)
+{
+    return whole(answer);
+}
+
+AgentResult rendered(const AlreadyRunningAnswer& answer)
+{
+    return whole(answer);
+}
+
+AgentResult rendered(const ShowAnswer& answer)
+{
+    return whole(answer);
+}
+
+AgentResult rendered(const SummaryAnswer& answer)
+{
+    return fitted(answer, answer.items.size(), OutputLimit::summaryTooLarge);
+}
+
+// A page that cannot hold even its first item would name the same cursor again forever.
+AgentResult rendered(const FindAnswer& answer)
+{
+    return fitted(answer, answer.items.size(), OutputLimit::findPathTooLong, true);
 }
 
 AgentResult rendered(const HistoryAnswer& answer)
@@ -126,7 +165,7 @@ AgentResult rendered(const AlertsAnswer& answer)
 
 AgentResult rendered(const AlertAddedAnswer& answer)
 {
-    return whole(AnswerPages::page(answer));
+    return whole(answer);
 }
 
 AgentResult rendered(const AlertsRemovedAnswer& answer)

@@ -8,10 +8,16 @@ namespace tarnwick {
 struct AlertAddedAnswer;
 struct AlertsAnswer;
 struct AlertsRemovedAnswer;
+struct AlreadyRunningAnswer;
 struct ChangesAnswer;
 struct DisksAnswer;
+struct FindAnswer;
 struct HistoryAnswer;
 struct MetricsAnswer;
+struct ScanAnswer;
+struct ShowAnswer;
+struct StatusAnswer;
+struct SummaryAnswer;
 struct TypesAnswer;
 
 // The one place where command answers become words and JSON. Both are made together from
@@ -20,6 +26,12 @@ struct TypesAnswer;
 // the middle and written visibly, and lists are shrunk (saying so) or paged.
 namespace AnswerRenderer {
 
+AgentResult rendered(const StatusAnswer& answer);
+AgentResult rendered(const ScanAnswer& answer);
+AgentResult rendered(const AlreadyRunningAnswer& answer);
+AgentResult rendered(const ShowAnswer& answer);
+AgentResult rendered(const SummaryAnswer& answer);
+AgentResult rendered(const FindAnswer& answer);
 AgentResult rendered(const HistoryAnswer& answer);
 AgentResult rendered(const ChangesAnswer& answer);
 AgentResult rendered(const DisksAnswer& answer);
