@@ -39,7 +39,8 @@ public:
         Date startedAt;
     };
 
-    explicit AppModel(MainExecutor& executor);
+    // hooks are handed to every scan's scanner (tests hold a scan at a folder with them).
+    explicit AppModel(MainExecutor& executor, FileScanner::Hooks hooks = {});
     ~AppModel();
 
     // Starts scanning, superseding a running scan.
@@ -60,6 +61,11 @@ public:
     [[nodiscard]] bool isWaitingForUser() const { return m_waitingForUser; }
     void open(NodeID folder);
     void select(std::optional<NodeID> node);
+    // Opens a folder, or selects a file in the folder that holds it.
+    void show(NodeID node);
+    // The same for the place at path (absolute, as in the tree) in the result of the running
+    // scan, once it has finished: a first scan's preview is replaced by the result.
+    void showWhenFinished(std::string path) { m_placeToShow = std::move(path); }
     void setColorMode(ColorMode mode) { m_colorMode = mode; notify(); }
 
     // Called on the main executor after anything changed (for the window).
@@ -72,6 +78,7 @@ private:
     void notify();
 
     MainExecutor& m_executor;
+    FileScanner::Hooks m_hooks;
     ScanCoordinator m_coordinator;
     std::uint64_t m_generation = 0;
     std::optional<RunningScan> m_running;
@@ -79,6 +86,7 @@ private:
     std::optional<ScanOutcome::Status> m_lastFailure;
     std::optional<std::int64_t> m_sizeBeforeRescan;
     std::optional<std::string> m_rescanPath;
+    std::optional<std::string> m_placeToShow;
     NodeID m_openFolder = NodeID::root();
     std::optional<NodeID> m_selection;
     ColorMode m_colorMode = ColorMode::contentType;
