@@ -1,27 +1,13 @@
 #pragma once
 
 #include "Agent/AgentResult.hpp"
+#include "AnswerTypes.hpp"
 
 #include <cstddef>
 
 // The renderer's pages, one file of them per answer: each makes the answer's text and JSON
 // with the first `shown` of its listed items. AnswerRenderer decides how many fit.
 namespace tarnwick {
-
-struct AlertAddedAnswer;
-struct AlertsAnswer;
-struct AlertsRemovedAnswer;
-struct AlreadyRunningAnswer;
-struct ChangesAnswer;
-struct DisksAnswer;
-struct FindAnswer;
-struct HistoryAnswer;
-struct MetricsAnswer;
-struct ScanAnswer;
-struct ShowAnswer;
-struct StatusAnswer;
-struct SummaryAnswer;
-struct TypesAnswer;
 
 namespace AnswerPages {
 

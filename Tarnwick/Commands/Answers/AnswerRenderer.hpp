@@ -1,24 +1,10 @@
 #pragma once
 
 #include "Agent/AgentResult.hpp"
+#include "AnswerTypes.hpp"
 #include "Answered.hpp"
 
 namespace tarnwick {
-
-struct AlertAddedAnswer;
-struct AlertsAnswer;
-struct AlertsRemovedAnswer;
-struct AlreadyRunningAnswer;
-struct ChangesAnswer;
-struct DisksAnswer;
-struct FindAnswer;
-struct HistoryAnswer;
-struct MetricsAnswer;
-struct ScanAnswer;
-struct ShowAnswer;
-struct StatusAnswer;
-struct SummaryAnswer;
-struct TypesAnswer;
 
 // The one place where command answers become words and JSON. Both are made together from
 // the same typed answer, so the text and --json cannot tell different things, and here
