@@ -111,8 +111,10 @@ int runHoldingLock(const std::vector<std::string>& words)
         }
         SpaceWatch watch(history, watchOptions);
         std::unique_ptr<MetricsTextfile> metrics;
-        if (store)
+        if (store) {
             metrics = std::make_unique<MetricsTextfile>(**store, UserDefaults::standardPath());
+            metrics->writeSoon();
+        }
         // Every saved snapshot: the alerts are checked, then the metrics file shows the result.
         auto snapshotSaved = [&watch, &metrics](const HistorySource& source) {
             watch.snapshotSaved(source);

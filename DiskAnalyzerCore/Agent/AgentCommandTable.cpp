@@ -103,7 +103,7 @@ Command addAlert()
         "limit. The user gets " + std::string(PlatformPhrases::notification)
             + " when the limit is passed, and again only after it was below. Set alerts the user asked for; suggest "
               "others rather than setting them.",
-        PathArgument::required("Folder or disk; a disk by its mount point, such as / or /Volumes/Backup."),
+        PathArgument::required("Folder or disk; a disk by its mount point, such as / or /media/backup."),
         {
             { "--fuller-than", "fuller_than_percent", Value::integer(1, 99), "PERCENT",
                 "Disks: used space above this percentage of the capacity, as " + std::string(PlatformPhrases::fileManager)

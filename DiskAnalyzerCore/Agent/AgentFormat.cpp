@@ -19,28 +19,6 @@ std::string counted(std::int64_t count, std::string_view singular, std::string_v
     return std::to_string(count) + " " + std::string(count == 1 ? singular : plural);
 }
 
-std::optional<AgentResult> largestFitting(int count, const std::function<AgentResult(int shown)>& make)
-{
-    AgentResult all = make(count);
-    if (all.fits())
-        return all;
-    // Binary search for the largest n whose answer fits; fewer items never make it longer.
-    int low = 0;
-    int high = count - 1;
-    std::optional<AgentResult> best;
-    while (low <= high) {
-        int middle = (low + high) / 2;
-        AgentResult candidate = make(middle);
-        if (candidate.fits()) {
-            best = std::move(candidate);
-            low = middle + 1;
-        } else {
-            high = middle - 1;
-        }
-    }
-    return best;
-}
-
 AgentResult withinLimit(AgentResult result)
 {
     if (result.fits())

@@ -4,7 +4,6 @@
 #include "Scanning/TreeDate.hpp"
 #include "Support/Phrases.hpp"
 
-#include <functional>
 #include <optional>
 #include <string>
 
@@ -23,10 +22,6 @@ using Phrases::size;
 
 // "1 item", "2 items".
 std::string counted(std::int64_t count, std::string_view singular, std::string_view plural);
-
-// Lists shrink until the answer fits 8 KB: make(n) builds the answer with the first n of
-// count items. Returns the largest fitting answer, or none when not even the shortest fits.
-std::optional<AgentResult> largestFitting(int count, const std::function<AgentResult(int shown)>& make);
 
 // The last guard of the 8 KB limit, for every answer on its way out: result as it is when it
 // fits, otherwise OUTPUT_TOO_LARGE (a failure's own message shortened in the middle first,

@@ -2,6 +2,7 @@
 
 #include <utf8proc.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <set>
 
@@ -24,7 +25,20 @@ bool isUTF8(std::string_view text)
     return true;
 }
 
-// Invalid bytes as "\xHH" and backslashes doubled; valid characters as they are.
+// A control character other than the line feed, which the format escapes itself: written
+// raw, it would act on a terminal that shows the metrics.
+bool isControl(unsigned char byte)
+{
+    return (byte < 0x20 && byte != '\n') || byte == 0x7F;
+}
+
+bool hasControl(std::string_view text)
+{
+    return std::ranges::any_of(text, [](char c) { return isControl(static_cast<unsigned char>(c)); });
+}
+
+// Invalid bytes and control characters as "\xHH" and backslashes doubled; other characters
+// as they are.
 std::string withBytesWritten(std::string_view text)
 {
     std::string result;
@@ -33,7 +47,7 @@ std::string withBytesWritten(std::string_view text)
     while (left > 0) {
         utf8proc_int32_t codepoint = 0;
         utf8proc_ssize_t length = utf8proc_iterate(bytes, left, &codepoint);
-        if (length <= 0) {
+        if (length <= 0 || isControl(*bytes)) {
             char escaped[5];
             std::snprintf(escaped, sizeof escaped, "\\x%02x", static_cast<unsigned>(*bytes));
             result += escaped;
@@ -93,7 +107,7 @@ std::string_view typeName(MetricFamily::Type type)
 
 std::string labelValue(std::string_view text)
 {
-    if (isUTF8(text) && text.find('\\') == std::string_view::npos)
+    if (isUTF8(text) && text.find('\\') == std::string_view::npos && !hasControl(text))
         return std::string(text);
     return withBytesWritten(text);
 }

@@ -14,9 +14,10 @@
 //     tarnwick_place_size_bytes{path="/srv/a \"b\"\\c\nd",volume="3c1e0d2a"} 52000000000
 //
 // Label values are UTF-8 with backslash, double quote and line feed escaped as \\, \" and \n.
-// A path is bytes, not necessarily UTF-8. One that is not, or that holds a backslash, has its
-// label value written with each stray byte as the four characters "\xff" and each backslash
-// doubled; any other path is its own label value. So every label names exactly one path, and
+// A path is bytes, not necessarily UTF-8. One that is not, or that holds a backslash or a
+// control character other than the line feed (a tab, a terminal's escape), has its label value
+// written with each stray byte and each such character as the four characters "\xff" and each
+// backslash doubled; any other path is its own label value. So every label names exactly one path, and
 // the common ones read as they are. No timestamps: the textfile collector refuses them.
 namespace tarnwick::ExpositionText {
 

@@ -48,6 +48,14 @@ inline std::string notAFolder(const std::string& path)
 {
     return EchoedText::shown(path) + " is a file. A scan starts at a folder or a disk: scan the folder that holds it, then show the file.";
 }
+inline std::string noColorTotals(const std::string& path, std::string_view modeName)
+{
+    return "The snapshot of " + EchoedText::shown(path) + " keeps no color totals. Scan it again to see it by " + std::string(modeName) + ".";
+}
+inline std::string noTotalsFor(std::string_view title, const std::string& path)
+{
+    return "There are no " + std::string(title) + " totals for " + EchoedText::shown(path) + ".";
+}
 // A POSIX permission denial: no window of Tarnwick's can grant it, only the owner (or
 // running as a user who has it) can.
 inline std::string noPermission(const std::string& path, const std::string& missing, const struct stat* status)

@@ -107,7 +107,7 @@ AgentResult AgentTools::handOff(const Request& request)
     Answered<ScanAnswer> scanned = AppCommands::scan(m_model, *checked);
     if (scanned)
         scanned->window = bringWindowForward();
-    return AgentFormat::withinLimit(rendered(scanned));
+    return rendered(scanned);
 }
 
 AppCommands::HistoryNotes AgentTools::historyNotes() const

@@ -20,14 +20,14 @@ AgentResult rendered(const AgentCommands::Request& request, const Context& conte
 }
 
 constexpr std::array<std::pair<std::string_view, Handler>, 8> handlers { {
-    { "disks", SnapshotCommands::disks },
-    { "changes", SnapshotCommands::changes },
+    { "disks", rendered<SnapshotCommands::disks> },
+    { "changes", rendered<SnapshotCommands::changes> },
     { "history", rendered<SnapshotCommands::history> },
-    { "types", SnapshotCommands::types },
-    { "alerts", SnapshotCommands::alerts },
-    { "add-alert", SnapshotCommands::addAlert },
-    { "remove-alert", SnapshotCommands::removeAlert },
-    { "metrics", SnapshotCommands::metrics },
+    { "types", rendered<SnapshotCommands::types> },
+    { "alerts", rendered<SnapshotCommands::alerts> },
+    { "add-alert", rendered<SnapshotCommands::addAlert> },
+    { "remove-alert", rendered<SnapshotCommands::removeAlert> },
+    { "metrics", rendered<SnapshotCommands::metrics> },
 } };
 
 }

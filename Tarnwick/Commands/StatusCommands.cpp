@@ -89,24 +89,27 @@ Answered<ScanAnswer> rescan(AppModel& model)
 
 Answered<ShowAnswer> show(AppModel& model, const AgentCommands::Request& request)
 {
-    if (model.runningScan())
+    auto view = AgentPlaces::scanView(model);
+    if (!view)
+        return std::unexpected(view.error());
+    // While another place is scanned, what is shown now would vanish when its result lands.
+    const auto& running = model.runningScan();
+    if (running && view->tree->rootPath() != running->scope.scanRoot)
         return std::unexpected(AgentResult::failure(AgentErrorCode::scanInProgress, AgentMessages::scanRunning));
-    auto node = AgentPlaces::scannedNode(model, AgentPlaces::argument(request.arguments, "path"));
+    auto node = AgentPlaces::scannedNode(*view, AgentPlaces::argument(request.arguments, "path"));
     if (!node)
         return std::unexpected(node.error());
     if (auto color = AgentPlaces::argument(request.arguments, "color")) {
         if (auto mode = ColorModes::fromCommandLineName(*color))
             model.setColorMode(*mode);
     }
-    const ScanTree& tree = *model.result()->tree;
-    bool folder = isContainer(tree.kind(*node));
-    if (folder) {
-        model.open(*node);
-    } else {
-        model.open(tree.parent(*node).value_or(NodeID::root()));
-        model.select(*node);
-    }
-    return ShowAnswer { ScopeResolver::displayPath(tree.path(*node)), folder, model.colorMode(), std::nullopt };
+    const ScanTree& tree = *view->tree;
+    if (running)
+        model.showWhenFinished(tree.path(*node));
+    else
+        model.show(*node);
+    return ShowAnswer { ScopeResolver::displayPath(tree.path(*node)), isContainer(tree.kind(*node)), model.colorMode(), running.has_value(),
+        std::nullopt };
 }
 
 }

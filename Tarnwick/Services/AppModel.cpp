@@ -15,8 +15,9 @@ constexpr std::chrono::seconds dayCheckTolerance { 30 };
 
 }
 
-AppModel::AppModel(MainExecutor& executor)
+AppModel::AppModel(MainExecutor& executor, FileScanner::Hooks hooks)
     : m_executor(executor)
+    , m_hooks(std::move(hooks))
 {
     m_dayCheck = std::make_unique<RepeatingTimer>(dayCheckInterval, dayCheckTolerance, [this, alive = std::weak_ptr(m_alive)] {
         m_executor.post([this, alive] {
@@ -40,11 +41,13 @@ void AppModel::scan(const ScanScope& scope)
     options.root = scope.scanRoot;
     options.progress = std::make_shared<ScanProgress>();
     options.previews = FileScanner::Previews::on;
+    options.hooks = m_hooks;
     auto scanner = std::make_shared<FileScanner>(options);
     std::uint64_t generation = ++m_generation;
     if (!m_rescanPath || *m_rescanPath != scope.scanRoot)
         m_sizeBeforeRescan.reset();
     m_rescanPath.reset();
+    m_placeToShow.reset();
     m_running = RunningScan { scope, scanner, std::chrono::system_clock::now() };
     m_coordinator.submit(scanner, [this, generation, scope](ScanOutcome outcome) {
         // Colours, owners and totals are worked out here, on the scan's thread, once for the
@@ -95,11 +98,16 @@ void AppModel::finished(std::uint64_t generation, Result result)
             if (auto node = m_result->tree->node(*openPath); node && isContainer(m_result->tree->kind(*node)))
                 m_openFolder = *node;
         }
+        if (m_placeToShow) {
+            if (auto node = m_result->tree->node(*m_placeToShow))
+                show(*node);
+        }
         for (auto& observer : m_resultObservers)
             observer(*m_result);
     } else {
         m_lastFailure = result.status;
     }
+    m_placeToShow.reset();
     notify();
 }
 
@@ -136,6 +144,17 @@ void AppModel::open(NodeID folder)
     m_openFolder = folder;
     m_selection.reset();
     notify();
+}
+
+void AppModel::show(NodeID node)
+{
+    const ScanTree& tree = *m_result->tree;
+    if (isContainer(tree.kind(node))) {
+        open(node);
+        return;
+    }
+    m_openFolder = tree.parent(node).value_or(NodeID::root());
+    select(node);
 }
 
 void AppModel::select(std::optional<NodeID> node)

@@ -40,7 +40,8 @@ public:
         Date startedAt;
     };
 
-    explicit AppModel(MainExecutor& executor);
+    // hooks are handed to every scan's scanner (tests hold a scan at a folder with them).
+    explicit AppModel(MainExecutor& executor, FileScanner::Hooks hooks = {});
     ~AppModel();
 
     // Starts scanning, superseding a running scan.
@@ -61,6 +62,11 @@ public:
     [[nodiscard]] bool isWaitingForUser() const { return m_waitingForUser; }
     void open(NodeID folder);
     void select(std::optional<NodeID> node);
+    // Opens a folder, or selects a file in the folder that holds it.
+    void show(NodeID node);
+    // The same for the place at path (absolute, as in the tree) in the result of the running
+    // scan, once it has finished: a first scan's preview is replaced by the result.
+    void showWhenFinished(std::string path) { m_placeToShow = std::move(path); }
     void setColorMode(ColorMode mode) { m_colorMode = mode; notify(); }
     // Date colours belong to a calendar day: when now is on another day than the result's
     // date maps, they are made again for it off the main executor, and the result takes
@@ -78,6 +84,7 @@ private:
     void notify();
 
     MainExecutor& m_executor;
+    FileScanner::Hooks m_hooks;
     ScanCoordinator m_coordinator;
     std::uint64_t m_generation = 0;
     std::optional<RunningScan> m_running;
@@ -85,6 +92,7 @@ private:
     std::optional<ScanOutcome::Status> m_lastFailure;
     std::optional<std::int64_t> m_sizeBeforeRescan;
     std::optional<std::string> m_rescanPath;
+    std::optional<std::string> m_placeToShow;
     NodeID m_openFolder = NodeID::root();
     std::optional<NodeID> m_selection;
     ColorMode m_colorMode = ColorMode::contentType;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BackgroundWorker.hpp"
 #include "Metrics/MetricFamily.hpp"
 #include "Metrics/TextfileWriter.hpp"
 
@@ -31,12 +32,16 @@ public:
 
     // Writes the file when the setting names a folder. Returns the failure, if any.
     std::optional<TextfileWriter::Failure> snapshotSaved();
+    // The same, on a thread of its own: at the app's start the file still holds what an
+    // earlier run wrote, perhaps before a reboot, and the alerts' readings are as old.
+    void writeSoon() { m_worker.post([this] { (void)snapshotSaved(); }); }
 
 private:
     HistoryStore& m_store;
     std::string m_defaultsPath;
     std::mutex m_mutex; // one write at a time; guards m_told
     std::optional<std::pair<std::string, TextfileWriter::Failure::Case>> m_told;
+    BackgroundWorker m_worker; // last, so it finishes before the rest goes
 };
 
 }

@@ -187,6 +187,7 @@ MainWindow::MainWindow(AppModel& model, Environment environment, QWidget* parent
     auto* sidebarTimer = new QTimer(this);
     sidebarTimer->setInterval(sidebarRefreshMilliseconds);
     connect(sidebarTimer, &QTimer::timeout, m_sidebar, &SourceSidebar::refresh);
+    connect(m_sidebar, &SourceSidebar::sourcesChanged, this, &MainWindow::updateStartChoices);
     sidebarTimer->start();
 
     // The model outlives no window, but observers cannot be removed: a guard keeps a closed
@@ -491,14 +492,7 @@ void MainWindow::refresh()
         m_changes->clear();
         updateUnreadable();
         m_breadcrumb->showPath(nullptr, NodeID::root());
-        std::vector<StartView::Choice> choices;
-        for (const SourceSidebar::Source& source : m_sidebar->sources()) {
-            if (source.kind == SourceSidebar::Kind::disk)
-                choices.push_back({ source.title, ViewTexts::freeOf(ViewFormat::size(source.available), ViewFormat::size(source.total)), source.path });
-            else if (source.kind == SourceSidebar::Kind::home)
-                choices.push_back({ source.title, QString::fromStdString(source.path), source.path });
-        }
-        m_start->setChoices(choices);
+        updateStartChoices();
         const auto& failure = m_model.lastFailure();
         m_start->setFailure(failure ? QString::fromStdString(failure->message) : QString());
         m_pages->setCurrentWidget(m_start);
@@ -512,6 +506,19 @@ void MainWindow::refresh()
     m_forward->setEnabled(!scanning && !m_forwardStack.empty());
     m_up->setEnabled(!scanning && m_model.result() && m_model.openFolder() != NodeID::root());
     m_home->setEnabled(m_up->isEnabled());
+}
+
+// The start page offers the disks and the home folder as the sidebar last read them.
+void MainWindow::updateStartChoices()
+{
+    std::vector<StartView::Choice> choices;
+    for (const SourceSidebar::Source& source : m_sidebar->sources()) {
+        if (source.kind == SourceSidebar::Kind::disk)
+            choices.push_back({ source.title, ViewTexts::freeOf(ViewFormat::size(source.available), ViewFormat::size(source.total)), source.path });
+        else if (source.kind == SourceSidebar::Kind::home)
+            choices.push_back({ source.title, QString::fromStdString(source.path), source.path });
+    }
+    m_start->setChoices(choices);
 }
 
 void MainWindow::showScan()

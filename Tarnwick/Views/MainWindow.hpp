@@ -125,6 +125,7 @@ private:
     void reveal(NodeID node);
     QWidget* buildWorkspace();
     void refresh();
+    void updateStartChoices();
     void showResult();
     void showScan();
     void showPreview();

@@ -1,5 +1,7 @@
 #include "SourceSidebar.hpp"
 
+#include "OffThread.hpp"
+
 #include "Favorites.hpp"
 #include "History/HistoryStore.hpp"
 #include "MapPalette.hpp"
@@ -201,34 +203,59 @@ SourceSidebar::SourceSidebar(Places places, Favorites& favorites, QWidget* paren
     refresh();
 }
 
-std::vector<SourceSidebar::Source> SourceSidebar::sources() const
+SourceSidebar::Listing SourceSidebar::read(const Places& places, const std::vector<std::string>& favorites)
 {
-    std::vector<Source> list;
+    constexpr std::size_t shownDays = 31;
+    Listing listing;
     for (DiskMount& disk : MountTable::disks()) {
         Source source { Kind::disk, diskTitle(disk), disk.mount.mountPoint };
         if (auto space = VolumeIdentity::space(disk.mount.mountPoint)) {
             source.total = space->total;
             source.available = space->available;
         }
-        list.push_back(std::move(source));
+        listing.sources.push_back(std::move(source));
     }
-    if (!m_places.home.empty())
-        list.push_back({ Kind::home, ViewTexts::homeFolder, m_places.home });
-    for (const std::string& path : m_favorites.paths())
-        list.push_back({ Kind::favorite, lastComponent(path), path });
-    if (m_places.history) {
-        for (const HistorySource& place : m_places.history->sources())
-            list.push_back({ Kind::history, lastComponent(place.path), place.path });
+    if (!places.home.empty())
+        listing.sources.push_back({ Kind::home, ViewTexts::homeFolder, places.home });
+    for (const std::string& path : favorites)
+        listing.sources.push_back({ Kind::favorite, lastComponent(path), path });
+    if (!places.history)
+        return listing;
+    for (const HistorySource& place : places.history->sources()) {
+        listing.sources.push_back({ Kind::history, lastComponent(place.path), place.path });
+        std::optional<HistoryStore::SourceRecord> record = places.history->record(place);
+        if (!record)
+            continue;
+        std::vector<SavedDay>& days = listing.savedDays[place.path];
+        for (auto entry = record->entries.rbegin(); entry != record->entries.rend() && days.size() < shownDays; ++entry)
+            days.push_back({ entry->id, entry->date, entry->total });
     }
-    return list;
+    return listing;
 }
 
 void SourceSidebar::refresh()
 {
-    std::vector<Source> list = sources();
+    if (m_reading) {
+        m_readAgain = true;
+        return;
+    }
+    m_reading = true;
+    OffThread::run<Listing>(
+        this, [places = m_places, favorites = m_favorites.paths()] { return read(places, favorites); },
+        [this](Listing listing) {
+            m_reading = false;
+            show(std::move(listing));
+            if (std::exchange(m_readAgain, false))
+                refresh();
+        });
+}
+
+void SourceSidebar::show(Listing listing)
+{
+    m_listing = std::move(listing);
     m_list->clear();
     std::optional<Kind> section;
-    for (const Source& source : list) {
+    for (const Source& source : m_listing.sources) {
         Kind heading = source.kind == Kind::home ? Kind::home : source.kind;
         if (section != heading) {
             section = heading;
@@ -252,6 +279,7 @@ void SourceSidebar::refresh()
         addSource(source);
     }
     setCurrentPath(m_currentPath);
+    Q_EMIT sourcesChanged();
 }
 
 void SourceSidebar::addSection(const QString& title)
@@ -321,26 +349,15 @@ void SourceSidebar::showMenu(const QPoint& position)
 
 void SourceSidebar::addSavedDays(QMenu& menu, const std::string& path)
 {
-    constexpr std::size_t shownDays = 31;
-    HistoryStore* store = m_places.history;
-    if (!store)
+    auto found = m_listing.savedDays.find(ScopeResolver::realPath(path));
+    if (found == m_listing.savedDays.end() || found->second.empty())
         return;
-    std::string real = ScopeResolver::realPath(path);
-    for (const HistorySource& source : store->sources()) {
-        if (source.path != real)
-            continue;
-        std::optional<HistoryStore::SourceRecord> record = store->record(source);
-        if (!record || record->entries.empty())
-            continue;
-        QMenu* days = menu.addMenu(ViewTexts::savedDays);
-        QString place = QString::fromStdString(source.path);
-        std::size_t shown = 0;
-        for (auto entry = record->entries.rbegin(); entry != record->entries.rend() && shown < shownDays; ++entry, ++shown) {
-            std::int64_t id = entry->id;
-            days->addAction(ViewFormat::date(entry->date) + QStringLiteral(" · ") + ViewFormat::size(entry->total), this,
-                [this, place, id] { Q_EMIT savedDayRequested(place, id); });
-        }
-        return;
+    QMenu* days = menu.addMenu(ViewTexts::savedDays);
+    QString place = QString::fromStdString(found->first);
+    for (const SavedDay& day : found->second) {
+        std::int64_t id = day.id;
+        days->addAction(ViewFormat::date(day.date) + QStringLiteral(" · ") + ViewFormat::size(day.total), this,
+            [this, place, id] { Q_EMIT savedDayRequested(place, id); });
     }
 }
 

@@ -2,7 +2,10 @@
 
 #include <QWidget>
 
+#include "Scanning/TreeDate.hpp"
+
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -41,11 +44,14 @@ public:
 
     SourceSidebar(Places places, Favorites& favorites, QWidget* parent = nullptr);
 
-    // Reads the disks, favourites and history again.
+    // Reads the disks, favourites and history again, off the main thread: a disk that
+    // doesn't answer (a hung network mount) or a history busy saving never holds the window.
+    // sourcesChanged follows.
     void refresh();
     // Marks the source whose path is being shown.
     void setCurrentPath(const std::string& path);
-    [[nodiscard]] std::vector<Source> sources() const;
+    // As last read; empty until the first reading is in.
+    [[nodiscard]] const std::vector<Source>& sources() const { return m_listing.sources; }
     [[nodiscard]] QListWidget* list() const { return m_list; }
 
 Q_SIGNALS:
@@ -54,8 +60,21 @@ Q_SIGNALS:
     void freeSpaceRequested(const QString& diskPath);
     // A day of a place's history to show on the map: its path and the day snapshot's entry.
     void savedDayRequested(const QString& path, qint64 entryID);
+    void sourcesChanged();
 
 private:
+    // A day a place's history keeps.
+    struct SavedDay {
+        std::int64_t id = 0;
+        Date date {};
+        std::int64_t total = 0;
+    };
+    struct Listing {
+        std::vector<Source> sources;
+        std::map<std::string, std::vector<SavedDay>> savedDays; // by place, newest first
+    };
+    static Listing read(const Places& places, const std::vector<std::string>& favorites);
+    void show(Listing listing);
     void addSection(const QString& title);
     void addSource(const Source& source);
     void showMenu(const QPoint& position);
@@ -68,6 +87,9 @@ private:
     QListWidget* m_list;
     QPushButton* m_add;
     std::string m_currentPath;
+    Listing m_listing;
+    bool m_reading = false;
+    bool m_readAgain = false; // asked to refresh while reading
 };
 
 }

@@ -25,6 +25,11 @@ TEST(ExpositionText, LabelValuesAreUTF8AndNameOnePathEach)
         { "/a\xe2\x82", "/a\\xe2\\x82" },
         { "/\xc0\xaf", "/\\xc0\\xaf" },
         { "/\xed\xa0\x80", "/\\xed\\xa0\\x80" },
+        // Control characters other than the line feed would reach a terminal that prints the
+        // metrics as they are: written as bytes too.
+        { "/a\x1b[31mred", "/a\\x1b[31mred" },
+        { "/a\tb\rc\x7f", "/a\\x09b\\x0dc\\x7f" },
+        { "/a\x1b\\", "/a\\x1b\\\\" },
         { "", "" },
     };
     for (const Case& c : cases)

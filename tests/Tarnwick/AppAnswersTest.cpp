@@ -111,7 +111,7 @@ INSTANTIATE_TEST_SUITE_P(AppAnswers, EveryAppAnswer,
                   return AnswerRenderer::rendered(answer);
               } },
         Case { "scan", [] { return AnswerRenderer::rendered(ScanAnswer { hugePath, ScanAnswer::Action::opened, WindowPresence::none }); } },
-        Case { "show", [] { return AnswerRenderer::rendered(ShowAnswer { hugePath, false, ColorMode::contentType, WindowPresence::inFront }); } }),
+        Case { "show", [] { return AnswerRenderer::rendered(ShowAnswer { hugePath, false, ColorMode::contentType, true, WindowPresence::inFront }); } }),
     [](const auto& info) { return info.param.name; });
 
 // A summary that lists fewer items than asked, to fit, counts the rest as other items: the

@@ -172,3 +172,22 @@ TEST_F(HonestChangesTest, AHistoryShorterThanThePeriodSaysWhereItStarts)
             << c.period << ": " << answer.text;
     }
 }
+
+TEST_F(HonestChangesTest, AFolderOnlyOneScanReadIsNamedAsTheOtherPlacesAre)
+{
+    // The earlier scan could not list a folder in Shared, whose name holds a terminal's escape.
+    const std::string shared = "Sha\x1b[2Jred";
+    TreeFixture earlier;
+    earlier.add(shared + "/doc.txt", 20 * MB);
+    earlier.add(shared + "/Locked/", 0);
+    earlier.builder().markContentsUnready(earlier.id(shared + "/Locked"));
+    saveWithColors(*store, place, earlier.finish(TreeBuilder::Metadata::included, "/data"), utc(2024, 6, 9, 9));
+    scan(10, { { shared + "/doc.txt", 20 * MB }, { shared + "/Locked/data.bin", 18 * MB } });
+
+    Answer answer = ask("changes", "/data");
+    ASSERT_FALSE(answer.isError) << answer.text;
+    ASSERT_EQ(answer.json["read_by_one_scan"].size(), 1u) << answer.text;
+    EXPECT_EQ(answer.json["read_by_one_scan"][0]["path"], "/data/" + shared);
+    EXPECT_TRUE(contains(answer.text, "\n  /data/Sha\\x1b[2Jred (read in full by the later scan only)")) << answer.text;
+    EXPECT_FALSE(contains(answer.text, "\x1b")) << answer.text;
+}

@@ -120,10 +120,13 @@ protected:
 TEST_F(MainWindowTest, StartsWithTheChoiceOfADiskOrAFolderAndExplainsAFailedChoice)
 {
     EXPECT_EQ(window->pages()->currentWidget(), window->startView());
-    bool homeListed = false;
-    for (const auto& source : window->sidebar()->sources())
-        homeListed = homeListed || (source.kind == SourceSidebar::Kind::home && source.path == scanned.path());
-    EXPECT_TRUE(homeListed);
+    // The sidebar reads the disks off the main thread and lists them a moment later.
+    EXPECT_TRUE(waitFor([&] {
+        bool homeListed = false;
+        for (const auto& source : window->sidebar()->sources())
+            homeListed = homeListed || (source.kind == SourceSidebar::Kind::home && source.path == scanned.path());
+        return homeListed;
+    }));
 
     EXPECT_FALSE(window->choose(QStringLiteral("relative/place")));
     EXPECT_FALSE(model->runningScan().has_value());
@@ -370,7 +373,8 @@ TEST_F(MainWindowTest, FavoritesAndPlacesWithAHistoryAppearInTheSidebar)
     UserDefaults defaults(settings / "defaults.json");
     Favorites favorites(defaults);
     ASSERT_TRUE(favorites.add(favorite.path()));
-    EXPECT_TRUE(listed(SourceSidebar::Kind::favorite, favorite.path()));
+    window->sidebar()->refresh();
+    EXPECT_TRUE(waitFor([&] { return listed(SourceSidebar::Kind::favorite, favorite.path()); }));
 
     HistoryStore::SnapshotFiles files;
     files.date = std::chrono::system_clock::now();
@@ -570,10 +574,12 @@ TEST_F(MainWindowTest, MenuActionsAndKeysDriveTheModel)
         EXPECT_TRUE(itemAction(*menu, text)) << text.toStdString();
     itemAction(*menu, ViewTexts::addToFavorites)->trigger();
     std::string photos = model->result()->tree->path(node("Photos"));
-    bool listed = false;
-    for (const SourceSidebar::Source& source : window->sidebar()->sources())
-        listed = listed || (source.kind == SourceSidebar::Kind::favorite && source.path == photos);
-    EXPECT_TRUE(listed);
+    EXPECT_TRUE(waitFor([&] {
+        bool listed = false;
+        for (const SourceSidebar::Source& source : window->sidebar()->sources())
+            listed = listed || (source.kind == SourceSidebar::Kind::favorite && source.path == photos);
+        return listed;
+    }));
     itemAction(*menu, ViewTexts::scanThisFolder)->trigger();
     ASSERT_TRUE(waitFor([&] { return !model->runningScan() && model->result() && model->result()->tree->rootPath() == photos; }));
 }

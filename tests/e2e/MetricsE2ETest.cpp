@@ -237,6 +237,22 @@ TEST_F(MetricsE2E, NodeExporterServesTheSeriesTheAppWritesAfterAScan)
     EXPECT_NE(response.find("node_textfile_scrape_error 0"), std::string::npos) << response;
 }
 
+// The file outlives the app, across reboots too: a starting app writes it again at once, so
+// that the alerts' readings in it are current before any scan.
+TEST_F(MetricsE2E, AStartingAppWritesTheFileBeforeAnyScan)
+{
+    m_home.makeFolder("textfiles");
+    const std::string folder = m_home / "textfiles";
+    ASSERT_EQ(tarnwick("metrics --write '" + folder + "'").status, 0);
+    std::filesystem::remove(folder + "/tarnwick.prom");
+    // A disk's alert is measured on the spot, with no snapshot.
+    ASSERT_EQ(tarnwick("add-alert / --fuller-than 99").status, 0);
+
+    ASSERT_EQ(tarnwick("wait --timeout 1").status, 0);
+    EXPECT_TRUE(eventually([&] { return fileText(folder + "/tarnwick.prom").find("tarnwick_alert_exceeded{") != std::string::npos; }))
+        << fileText(folder + "/tarnwick.prom");
+}
+
 TEST(MetricsRules, PromtoolAcceptsTheExampleRules)
 {
     if (::system("command -v promtool >/dev/null") != 0)

@@ -1,17 +1,10 @@
 #pragma once
 
 #include "Agent/AgentResult.hpp"
+#include "AnswerTypes.hpp"
 #include "Answered.hpp"
 
 namespace tarnwick {
-
-struct AlreadyRunningAnswer;
-struct FindAnswer;
-struct HistoryAnswer;
-struct ScanAnswer;
-struct ShowAnswer;
-struct StatusAnswer;
-struct SummaryAnswer;
 
 // The one place where command answers become words and JSON. Both are made together from
 // the same typed answer, so the text and --json cannot tell different things, and here
@@ -26,6 +19,13 @@ AgentResult rendered(const ShowAnswer& answer);
 AgentResult rendered(const SummaryAnswer& answer);
 AgentResult rendered(const FindAnswer& answer);
 AgentResult rendered(const HistoryAnswer& answer);
+AgentResult rendered(const ChangesAnswer& answer);
+AgentResult rendered(const DisksAnswer& answer);
+AgentResult rendered(const TypesAnswer& answer);
+AgentResult rendered(const AlertsAnswer& answer);
+AgentResult rendered(const AlertAddedAnswer& answer);
+AgentResult rendered(const AlertsRemovedAnswer& answer);
+AgentResult rendered(const MetricsAnswer& answer);
 
 template <class Answer>
 AgentResult rendered(const Answered<Answer>& answered)

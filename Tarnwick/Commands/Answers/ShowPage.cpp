@@ -7,10 +7,13 @@ namespace tarnwick::AnswerPages {
 
 AgentResult page(const ShowAnswer& answer, int)
 {
-    std::string text = (answer.folder ? "Opened " : "Selected ") + EchoedText::shown(answer.path) + " on the map, coloured by "
-        + std::string(ColorModes::title(answer.colorMode)) + ".";
+    std::string coloured = "coloured by " + std::string(ColorModes::title(answer.colorMode)) + ".";
+    std::string text = answer.whenScanFinishes
+        ? (answer.folder ? "Will open " : "Will select ") + EchoedText::shown(answer.path) + " on the map when the scan finishes, " + coloured
+            + " The scan is still running; run wait to know when."
+        : (answer.folder ? "Opened " : "Selected ") + EchoedText::shown(answer.path) + " on the map, " + coloured;
     JSONValue::Object json { { "path", EchoedText::shortened(answer.path) }, { "opened", answer.folder }, { "selected", !answer.folder },
-        { "color_mode", std::string(ColorModes::commandLineName(answer.colorMode)) } };
+        { "color_mode", std::string(ColorModes::commandLineName(answer.colorMode)) }, { "still_scanning", answer.whenScanFinishes } };
     // What show opened is only seen when the window is: an app started by the command line
     // keeps its window hidden until asked, so show brings it forward, or says there is none.
     if (answer.window) {
