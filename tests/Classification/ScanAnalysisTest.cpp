@@ -89,16 +89,6 @@ TEST(ScanAnalysis, ColorsEveryModeFromItsOwnMaps)
     EXPECT_NE(analysis->colors(ColorMode::lastModified)->color(letter), analysis->colors(ColorMode::created)->color(letter));
 }
 
-TEST(ScanAnalysis, WithoutOwnerPlacesTheOwnerModeIsUnavailable)
-{
-    auto analysis = ScanAnalysis::make(homeTree(), boundariesAt(now), nullptr);
-    ASSERT_NE(analysis, nullptr);
-    EXPECT_EQ(analysis->owners(), nullptr);
-    EXPECT_FALSE(analysis->colors(ColorMode::owner)->available());
-    EXPECT_TRUE(analysis->colors(ColorMode::contentType)->available());
-    EXPECT_EQ(ScanAnalysis::make(nullptr, boundariesAt(now), nullptr), nullptr);
-}
-
 // On another calendar day only the date groups change: everything else is the same maps,
 // not made again, and the analysis of the day before stays as it was.
 TEST(ScanAnalysis, RedatedRegroupsTheDatesAndSharesTheRest)
