@@ -12,7 +12,6 @@ namespace tarnwick::AgentMessages {
 
 // The app's own words in command answers, kept in one place.
 inline constexpr std::string_view nothingScanned = "Nothing is scanned yet. Run scan PATH first.";
-inline constexpr std::string_view scanRunning = "A scan is running; run wait first.";
 
 // Paths in these messages are shown as the text output shows names: control characters
 // escaped, and at most EchoedText::longestEchoBytes of them.

@@ -26,9 +26,14 @@ std::expected<std::string, AgentResult> expand(const std::string& argument)
 
 std::expected<ScanView, AgentResult> scanView(const AppModel& model)
 {
-    if (const auto& result = model.result())
+    const auto& result = model.result();
+    const auto& running = model.runningScan();
+    // A scan of another place than the result's is a first scan: the window shows its
+    // preview, and so do the answers. A rescan leaves the result on screen until it ends.
+    bool firstScan = running && (!result || result->scope.scanRoot != running->scope.scanRoot);
+    if (result && !firstScan)
         return ScanView { result->tree, result->analysis, result->scope, model.openFolder(), false };
-    if (const auto& running = model.runningScan()) {
+    if (running) {
         if (auto preview = running->scanner->progress()->latestPreview(); preview && preview->tree)
             return ScanView { preview->tree, nullptr, running->scope, NodeID::root(), true };
         // The first preview comes a second into the scan.

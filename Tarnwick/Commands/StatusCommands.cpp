@@ -92,10 +92,9 @@ Answered<ShowAnswer> show(AppModel& model, const AgentCommands::Request& request
     auto view = AgentPlaces::scanView(model);
     if (!view)
         return std::unexpected(view.error());
-    // While another place is scanned, what is shown now would vanish when its result lands.
+    // While a scan runs, what is shown now would be replaced by its result: the place is
+    // shown in that.
     const auto& running = model.runningScan();
-    if (running && view->tree->rootPath() != running->scope.scanRoot)
-        return std::unexpected(AgentResult::failure(AgentErrorCode::scanInProgress, AgentMessages::scanRunning));
     auto node = AgentPlaces::scannedNode(*view, AgentPlaces::argument(request.arguments, "path"));
     if (!node)
         return std::unexpected(node.error());

@@ -19,13 +19,14 @@ namespace {
 
 // A first scan held at one folder until the test lets it go, so that the commands meet it
 // running, with a preview of what it has found so far.
-class FirstScanAnswersTest : public ::testing::Test {
+class FirstScanAnswersTest : public ::testing::TestWithParam<bool> {
 protected:
     void SetUp() override
     {
         m_place.makeFile("big/video.mov", 300'000);
         m_place.makeFile("big/notes.txt", 2'000);
         m_place.makeFile("held/later.txt", 1'000);
+        m_earlier.makeFile("old.txt", 1'000);
         m_loop = std::thread([this] { m_executor.run(); });
     }
     void TearDown() override
@@ -65,6 +66,7 @@ protected:
     }
 
     fixtures::TempFolder m_place;
+    fixtures::TempFolder m_earlier;
     std::mutex m_mutex;
     std::condition_variable m_released;
     bool m_isReleased = false;
@@ -76,10 +78,15 @@ protected:
 
 }
 
-// During a first scan summary and find answer from what it has found so far, marked as lower
-// bounds, and show puts the place on the map once the result replaces the preview.
-TEST_F(FirstScanAnswersTest, CommandsAnswerFromThePreviewAndShowWaitsForTheResult)
+// During a first scan of a place summary and find answer from what it has found so far,
+// marked as lower bounds, as the window shows it, whether or not another place's result was
+// on screen before; show puts the place on the map once the result replaces the preview.
+TEST_P(FirstScanAnswersTest, CommandsAnswerFromThePreviewAndShowWaitsForTheResult)
 {
+    if (GetParam()) {
+        ASSERT_FALSE(ask("scan", { { "path", m_earlier.path() } }).isError);
+        ASSERT_TRUE(waitFor([&] { return m_model.result().has_value() && !m_model.runningScan(); }));
+    }
     ASSERT_FALSE(ask("scan", { { "path", m_place.path() } }).isError);
     ASSERT_TRUE(waitFor([&] { return m_model.runningScan() && m_model.runningScan()->scanner->progress()->latestPreview() != nullptr; }));
 
@@ -101,7 +108,7 @@ TEST_F(FirstScanAnswersTest, CommandsAnswerFromThePreviewAndShowWaitsForTheResul
     EXPECT_TRUE(*show.structured->member("still_scanning")->boolValue());
 
     release();
-    ASSERT_TRUE(waitFor([&] { return m_model.result().has_value() && !m_model.runningScan(); }));
+    ASSERT_TRUE(waitFor([&] { return m_model.result() && m_model.result()->tree->rootPath() == m_place.path() && !m_model.runningScan(); }));
     m_executor.runAndWait<bool>([&] {
         const ScanTree& tree = *m_model.result()->tree;
         EXPECT_EQ(tree.path(m_model.openFolder()), m_place.path() + "/big");
@@ -111,3 +118,6 @@ TEST_F(FirstScanAnswersTest, CommandsAnswerFromThePreviewAndShowWaitsForTheResul
     AgentResult after = ask("show", { { "path", m_place.path() + "/held" } });
     EXPECT_NE(after.text.find("Opened"), std::string::npos) << after.text;
 }
+
+INSTANTIATE_TEST_SUITE_P(Scans, FirstScanAnswersTest, ::testing::Bool(),
+    [](const auto& info) { return info.param ? "AfterAnotherPlace" : "First"; });
