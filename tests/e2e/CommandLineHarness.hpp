@@ -36,8 +36,7 @@ inline ProcessRun runCommand(const std::string& command, const std::string& errF
         run.out.append(buffer.data(), n);
     int status = pclose(pipe);
     run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    std::ifstream err(errFile);
-    run.err.assign(std::istreambuf_iterator<char>(err), {});
+    run.err = readFile(errFile);
     return run;
 }
 

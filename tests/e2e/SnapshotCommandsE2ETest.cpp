@@ -7,6 +7,7 @@
 using tarnwick::fixtures::CommandLineE2E;
 using tarnwick::fixtures::lstatTotals;
 using tarnwick::fixtures::ProcessRun;
+using tarnwick::fixtures::readFile;
 using tarnwick::fixtures::TempFolder;
 
 namespace {
@@ -47,11 +48,7 @@ protected:
         return "'" + (relative.empty() ? m_place.path() : m_place / relative) + "'";
     }
 
-    std::string settingsText()
-    {
-        std::ifstream file(m_home / "config/tarnwick/defaults.json");
-        return std::string((std::istreambuf_iterator<char>(file)), {});
-    }
+    std::string settingsText() { return readFile(m_home / "config/tarnwick/defaults.json"); }
 
     TempFolder m_place;
 };
@@ -242,10 +239,7 @@ TEST_F(SnapshotCommandsE2E, AReadOnlyHistoryIsReadAndAFailedSaveIsTold)
     scanIntoHistory();
     stopApps();
     const std::string history = m_home / "data/tarnwick/History";
-    auto readIndex = [&] {
-        std::ifstream file(history + "/index.json");
-        return std::string((std::istreambuf_iterator<char>(file)), {});
-    };
+    auto readIndex = [&] { return readFile(history + "/index.json"); };
     const std::string indexBefore = readIndex();
 
     const std::string run = "env " + m_environment + " " + TARNWICK_EXECUTABLE + " ";
@@ -255,10 +249,7 @@ TEST_F(SnapshotCommandsE2E, AReadOnlyHistoryIsReadAndAFailedSaveIsTold)
         + run + "scan " + quoted() + " >/dev/null 2>&1; " + run + "wait --timeout 60 --json >'" + out + ".wait' 2>&1; "
         + run + "status --json >'" + out + ".status' 2>&1";
     ASSERT_EQ(tarnwick::fixtures::runShell("unshare -rm sh -c \"" + script + "\""), 0);
-    auto readOut = [&](const std::string& suffix) {
-        std::ifstream file(out + suffix);
-        return std::string((std::istreambuf_iterator<char>(file)), {});
-    };
+    auto readOut = [&](const std::string& suffix) { return readFile(out + suffix); };
 
     EXPECT_EQ(readOut(".history-status"), "0\n") << readOut(".history");
     nlohmann::json answered = nlohmann::json::parse(readOut(".history"), nullptr, false);
