@@ -1,5 +1,6 @@
 #include "Platform/LoginItem.hpp"
 #include "Platform/UserDefaults.hpp"
+#include "Support/ScopedEnvironment.hpp"
 #include "Support/TempFolder.hpp"
 
 #include <gtest/gtest.h>
@@ -177,16 +178,10 @@ TEST_F(UserDefaultsTest, PlacesThatCannotHoldTheFileGiveErrorsNotCrashes)
 // The settings and the autostart entry both live in the configuration home.
 TEST_F(UserDefaultsTest, StandardPathsFollowTheConfigHome)
 {
-    const char* saved = std::getenv("XDG_CONFIG_HOME");
-    std::optional<std::string> previous = saved ? std::optional<std::string>(saved) : std::nullopt;
-    ::setenv("XDG_CONFIG_HOME", (folder.path() + "/conf/").c_str(), 1);
+    fixtures::ScopedEnvironment environment { { "XDG_CONFIG_HOME", folder.path() + "/conf/" } };
     EXPECT_EQ(UserDefaults::standardPath(), folder.path() + "/conf/tarnwick/defaults.json");
     EXPECT_EQ(LoginItem::standardPath(), folder.path() + "/conf/autostart/tarnwick.desktop");
     ::setenv("XDG_CONFIG_HOME", "relative/ignored", 1);
     EXPECT_EQ(UserDefaults::standardPath().rfind("/.config/tarnwick/defaults.json"),
         UserDefaults::standardPath().size() - std::string_view("/.config/tarnwick/defaults.json").size());
-    if (previous)
-        ::setenv("XDG_CONFIG_HOME", previous->c_str(), 1);
-    else
-        ::unsetenv("XDG_CONFIG_HOME");
 }

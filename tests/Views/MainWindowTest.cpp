@@ -50,6 +50,7 @@ namespace {
 
 using testing::pointIn;
 using testing::sectorOf;
+using testing::tinySnapshot;
 using testing::waitFor;
 
 // A small home folder scanned for real, shown in a window rendered offscreen.
@@ -116,17 +117,6 @@ protected:
                 return true;
         }
         return false;
-    }
-
-    // A save of a few bytes, enough for the history to hold a place.
-    static HistoryStore::SnapshotFiles tinySnapshot()
-    {
-        HistoryStore::SnapshotFiles files;
-        files.date = std::chrono::system_clock::now();
-        files.total = 1000;
-        files.current = { 1 };
-        files.day = { 1 };
-        return files;
     }
 
     fixtures::TempFolder scanned;

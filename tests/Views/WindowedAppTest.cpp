@@ -33,25 +33,18 @@ protected:
         const char* argv[] = { "/bin/sh", "-c", command.c_str(), nullptr };
         ASSERT_EQ(posix_spawn(&m_app, "/bin/sh", nullptr, nullptr, const_cast<char**>(argv), environ), 0);
         // Once it listens, a second start hands the place to it, as `make run` does.
-        ASSERT_TRUE(waitUntil([](const nlohmann::json& status) { return status.value("running", false); }));
+        ASSERT_TRUE(fixtures::eventually([&] { return status().value("running", false); }));
         ProcessRun opened = tarnwick("--open '" + home() + "'");
         ASSERT_EQ(opened.status, 0) << opened.err;
-        ASSERT_TRUE(waitUntil([](const nlohmann::json& status) { return status["scanned_path"].is_string(); }));
+        ASSERT_TRUE(fixtures::eventually([&] { return status()["scanned_path"].is_string(); }));
     }
 
     std::string home() const { return m_home / "home"; }
 
-    template <typename Condition>
-    bool waitUntil(Condition holds)
+    nlohmann::json status()
     {
-        for (int i = 0; i < 300; ++i) {
-            ProcessRun status = tarnwick("status --json");
-            auto json = nlohmann::json::parse(status.out, nullptr, false);
-            if (status.status == 0 && json.is_object() && holds(json))
-                return true;
-            usleep(100'000);
-        }
-        return false;
+        auto json = nlohmann::json::parse(tarnwick("status --json").out, nullptr, false);
+        return json.is_object() ? json : nlohmann::json::object();
     }
 
     bool loaded(const std::string& library) const
@@ -81,9 +74,9 @@ TEST_F(WindowedAppTest, WithADisplayTheWindowAndTheCommandLineShareTheApp)
     EXPECT_TRUE(loaded("libqoffscreen")) << "the Qt application runs";
     ProcessRun shown = tarnwick("show '" + home() + "/Movies' --color modified");
     EXPECT_EQ(shown.status, 0) << shown.out << shown.err;
-    nlohmann::json status = json("status");
-    EXPECT_EQ(status["open_folder"], home() + "/Movies");
-    EXPECT_EQ(status["color_mode"], "modified");
+    nlohmann::json shownStatus = json("status");
+    EXPECT_EQ(shownStatus["open_folder"], home() + "/Movies");
+    EXPECT_EQ(shownStatus["color_mode"], "modified");
     EXPECT_EQ(terminate(), 0);
 }
 

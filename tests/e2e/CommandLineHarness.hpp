@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <set>
 #include <string>
 #include <sys/stat.h>
@@ -38,6 +39,16 @@ inline ProcessRun runCommand(const std::string& command, const std::string& errF
     run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     run.err = readFile(errFile);
     return run;
+}
+
+// Asks every tenth of a second, for at most `seconds`, until condition holds.
+inline bool eventually(const std::function<bool()>& condition, int seconds = 30)
+{
+    for (int i = 0; i < seconds * 10; ++i, usleep(100'000)) {
+        if (condition())
+            return true;
+    }
+    return condition();
 }
 
 // Drives the built executable as a user would, in a private home whose data and settings

@@ -23,16 +23,6 @@ namespace {
 constexpr std::int64_t GB = 1'000'000'000;
 const std::string fakeTimeLibrary = "/usr/lib/x86_64-linux-gnu/faketime/libfaketime.so.1";
 
-bool eventually(const std::function<bool()>& condition, int seconds = 30)
-{
-    for (int i = 0; i < seconds * 10; ++i) {
-        if (condition())
-            return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
-    return condition();
-}
-
 // A port nobody listens on now, for a server of the test's own.
 int freeLoopbackPort()
 {

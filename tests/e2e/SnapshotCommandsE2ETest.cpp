@@ -5,6 +5,7 @@
 #include <thread>
 
 using tarnwick::fixtures::CommandLineE2E;
+using tarnwick::fixtures::eventually;
 using tarnwick::fixtures::lstatTotals;
 using tarnwick::fixtures::ProcessRun;
 using tarnwick::fixtures::readFile;
@@ -23,16 +24,6 @@ protected:
         m_place.makeFile("code/build/main.o", 12'000'000);
         m_place.makeFile(".cache/blob.bin", 15'000'000);
         m_place.makeFile("small/notes.txt", 2'000);
-    }
-
-    static bool eventually(const std::function<bool()>& condition)
-    {
-        for (int i = 0; i < 100; ++i) {
-            if (condition())
-                return true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        }
-        return false;
     }
 
     // Scans the place in the app and waits until its snapshot is saved.
