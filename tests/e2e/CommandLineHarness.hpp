@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Support/DiskUsage.hpp"
 #include "Support/TempFolder.hpp"
 
 #include <gtest/gtest.h>
@@ -11,7 +12,6 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <set>
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -131,27 +131,9 @@ struct Totals {
 
 // As du counts: the folder's own blocks and those of every folder below, every file once
 // however many names it has; logical sizes are the files' contents.
-inline Totals lstatTotals(const std::string& root)
+inline Totals duTotals(const std::string& folder)
 {
-    Totals totals;
-    std::set<std::pair<dev_t, ino_t>> seen;
-    struct stat info;
-    if (lstat(root.c_str(), &info) != 0)
-        return totals;
-    totals.allocated = info.st_blocks * 512;
-    if (!S_ISDIR(info.st_mode)) {
-        totals.logical = info.st_size;
-        return totals;
-    }
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
-        lstat(entry.path().c_str(), &info);
-        if (!seen.insert({ info.st_dev, info.st_ino }).second)
-            continue;
-        totals.allocated += info.st_blocks * 512;
-        if (!S_ISDIR(info.st_mode))
-            totals.logical += info.st_size;
-    }
-    return totals;
+    return { duTotal(folder), duApparentTotal(folder) - folderSizes(folder) };
 }
 
 }

@@ -6,7 +6,7 @@
 
 using tarnwick::fixtures::CommandLineE2E;
 using tarnwick::fixtures::eventually;
-using tarnwick::fixtures::lstatTotals;
+using tarnwick::fixtures::duTotals;
 using tarnwick::fixtures::ProcessRun;
 using tarnwick::fixtures::readFile;
 using tarnwick::fixtures::TempFolder;
@@ -66,7 +66,7 @@ TEST_F(SnapshotCommandsE2E, HistoryAnswersFromTheSnapshotsWithoutStartingTheApp)
     stopApps();
     ASSERT_TRUE(appProcesses().empty());
 
-    const std::int64_t allocated = lstatTotals(m_place.path()).allocated;
+    const std::int64_t allocated = duTotals(m_place.path()).allocated;
     nlohmann::json history = json("history " + quoted());
     EXPECT_EQ(history, historyInApp);
     ASSERT_EQ(history["points"].size(), 1u);
@@ -206,7 +206,7 @@ TEST_F(SnapshotCommandsE2E, TheAppNotifiesPassedLimitsOnceAndRemembersThem)
     nlohmann::json alerts = json("alerts");
     ASSERT_EQ(alerts["alerts"].size(), 3u);
     EXPECT_EQ(alerts["alerts"][0]["state"], "exceeded");
-    EXPECT_EQ(alerts["alerts"][0]["value_bytes"], lstatTotals(m_place.path()).allocated);
+    EXPECT_EQ(alerts["alerts"][0]["value_bytes"], duTotals(m_place.path()).allocated);
     EXPECT_EQ(alerts["alerts"][1]["state"], "below");
     EXPECT_EQ(alerts["exceeded_count"], 2);
     EXPECT_EQ(settingsText().find(quietID), settingsText().rfind(quietID)); // listed once: as an alert, never as notified
