@@ -101,13 +101,7 @@ TEST(AgentOutput, PrintingRules)
         "APP_NOT_RUNNING: Tarnwick didn't start. Ask the user to open it, then try again.\n");
 }
 
-TEST(AgentOutput, VersionNamesTheBuild)
-{
-    EXPECT_EQ(AgentOutput::versionText(), "Tarnwick " TARNWICK_VERSION);
-}
-
 TEST(OutputLimit, TextsWithTheirCount)
 {
     EXPECT_EQ(OutputLimit::placesLimited(3), "Places limited to 3 per group to fit 8 KB; narrow PATH for detail.");
-    EXPECT_EQ(OutputLimit::extremesLimited(2), "Extremes limited to 2 to fit 8 KB; narrow PATH for detail.");
 }

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 using namespace tarnwick;
 
@@ -30,25 +31,21 @@ TEST(JSONValue, PrettyRenderingIsIndentedAndParsesBack)
     EXPECT_EQ(JSONCoding::fromJSON(nlohmann::json::parse(pretty)), value);
 }
 
-TEST(JSONValue, ScalarsAtTheirLimits)
+// Limits of the scalars; a value JSON cannot hold renders the whole as null; a name that is not
+// UTF-8 has its bad bytes replaced rather than failing the answer.
+TEST(JSONValue, RenderingAtTheEdges)
 {
-    EXPECT_EQ(JSONCoding::render(std::numeric_limits<std::int64_t>::max(), JSONLayout::compact), "9223372036854775807");
-    EXPECT_EQ(JSONCoding::render(std::numeric_limits<std::int64_t>::min(), JSONLayout::compact), "-9223372036854775808");
-    EXPECT_EQ(JSONCoding::render(JSONValue(), JSONLayout::pretty), "null");
-    EXPECT_EQ(JSONCoding::render("tab\there \"q\" \u00e9", JSONLayout::compact), "\"tab\\there \\\"q\\\" \u00e9\"");
-}
-
-TEST(JSONValue, ValueJSONCannotHoldRendersAsNull)
-{
-    JSONValue value = JSONValue::Object { { "ratio", std::nan("") }, { "name", "x" } };
-    EXPECT_EQ(JSONCoding::render(value, JSONLayout::pretty), "null");
-    EXPECT_EQ(JSONCoding::render(JSONValue::Array { std::numeric_limits<double>::infinity() }, JSONLayout::compact), "null");
-}
-
-TEST(JSONValue, InvalidUTF8InNamesIsReplacedNotFatal)
-{
-    JSONValue value = JSONValue::Object { { "name", std::string("caf\xe9.txt") } };
-    EXPECT_EQ(JSONCoding::render(value, JSONLayout::compact), "{\"name\":\"caf\xef\xbf\xbd.txt\"}");
+    const std::tuple<JSONValue, JSONLayout, std::string_view> cases[] = {
+        { std::numeric_limits<std::int64_t>::max(), JSONLayout::compact, "9223372036854775807" },
+        { std::numeric_limits<std::int64_t>::min(), JSONLayout::compact, "-9223372036854775808" },
+        { JSONValue(), JSONLayout::pretty, "null" },
+        { "tab\there \"q\" \u00e9", JSONLayout::compact, "\"tab\\there \\\"q\\\" \u00e9\"" },
+        { JSONValue::Object { { "ratio", std::nan("") }, { "name", "x" } }, JSONLayout::pretty, "null" },
+        { JSONValue::Array { std::numeric_limits<double>::infinity() }, JSONLayout::compact, "null" },
+        { JSONValue::Object { { "name", std::string("caf\xe9.txt") } }, JSONLayout::compact, "{\"name\":\"caf\xef\xbf\xbd.txt\"}" },
+    };
+    for (const auto& [value, layout, expected] : cases)
+        EXPECT_EQ(JSONCoding::render(value, layout), expected);
 }
 
 TEST(JSONValue, KindsAndEquality)

@@ -50,6 +50,22 @@ struct Fixture {
     NodeID operator[](const std::string& path) const { return tree.id(path); }
 };
 
+// Folders three deep, some with bytes of their own that no file covers; bucket 1 takes those.
+Fixture nestedFolders()
+{
+    return Fixture(
+        {
+            { "a/x", 300, 0 },
+            { "a/b/y", 200, 1 },
+            { "a/b/c/z", 50, 2 },
+            { "a/b/c/w", 7, 0 },
+            { "a/d/v", 11, 1 },
+            { "e/u", 13, 2 },
+            { "e/empty/", 0, 0 },
+        },
+        { { "a/b", 40 }, { "a/b/c", 3 }, { "e", 5 } }, 1);
+}
+
 }
 
 TEST(BucketMap, DominantBucketNeedsHalfTheBytes)
@@ -131,17 +147,7 @@ TEST(BucketMap, UncoveredBytesGoToRestsInProportionOrToTheFallback)
 
 TEST(BucketMap, SmallFolderTotalsWorkedOutAgainMatchTheBuild)
 {
-    Fixture fixture(
-        {
-            { "a/x", 300, 0 },
-            { "a/b/y", 200, 1 },
-            { "a/b/c/z", 50, 2 },
-            { "a/b/c/w", 7, 0 },
-            { "a/d/v", 11, 1 },
-            { "e/u", 13, 2 },
-            { "e/empty/", 0, 0 },
-        },
-        { { "a/b", 40 }, { "a/b/c", 3 }, { "e", 5 } }, 1);
+    Fixture fixture = nestedFolders();
     BucketMap::Rests rests { { fixture["a/b/c"], { { 2, 1 }, { 0, 2 } } } };
     auto keptEverywhere = fixture.build(3, 0, rests, {}, 0);
     auto keptAtRoot = fixture.build(3, 0, rests);
@@ -251,17 +257,7 @@ TEST(BucketMap, BadParametersBuildNoMap)
 // in the pass, so a slip in where one ends shows in another's totals.
 TEST(BucketMap, MapsBuiltTogetherAreEachAsBuiltAlone)
 {
-    Fixture fixture(
-        {
-            { "a/x", 300, 0 },
-            { "a/b/y", 200, 1 },
-            { "a/b/c/z", 50, 2 },
-            { "a/b/c/w", 7, 0 },
-            { "a/d/v", 11, 1 },
-            { "e/u", 13, 2 },
-            { "e/empty/", 0, 0 },
-        },
-        { { "a/b", 40 }, { "a/b/c", 3 }, { "e", 5 } }, 1);
+    Fixture fixture = nestedFolders();
     auto shifted = [&](int by, int width) {
         std::vector<std::uint8_t> bytes = fixture.categories;
         for (std::uint8_t& byte : bytes)

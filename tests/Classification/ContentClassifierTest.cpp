@@ -197,6 +197,23 @@ TEST(ContentClassifier, TreeFilesAndContexts)
         { "Caches/Documents/a.js", ContentCategory::caches },
         { "Documents/Caches/Pictures/a.png", ContentCategory::caches },
         { "Tool.app/Contents/MacOS/tool", ContentCategory::apps },
+        // An agent's folder keeps its media, but the tools and caches inside stay what they are.
+        { ".claude/history.jsonl", ContentCategory::ai },
+        { ".claude/node_modules/pkg/image.png", ContentCategory::developer },
+        { ".claude/Cache/blob", ContentCategory::caches },
+        { ".claude/logs/run.txt", ContentCategory::logs },
+        { ".claude/old backup/a.zip", ContentCategory::archives },
+        { ".claude/models/weights.bin", ContentCategory::ai },
+        { ".claude/Screen Recordings/demo.mov", ContentCategory::ai },
+        { ".claude/Movies/demo.mov", ContentCategory::ai },
+        { ".claude/Documents/plan.pdf", ContentCategory::ai },
+        { ".claude/.docker/disk.raw", ContentCategory::ai },
+        { ".claude/Screen Recordings/node_modules/a.js", ContentCategory::developer },
+        { ".ollama/models/blob", ContentCategory::ai },
+        { "Library/Application Support/Claude/vm_bundles/disk.img", ContentCategory::ai },
+        // Outside an agent's folder the same strong rules simply win.
+        { "Screen Recordings/node_modules/a.js", ContentCategory::developer },
+        { "node_modules/Screen Recordings/demo.mov", ContentCategory::video },
     };
     for (const auto& [path, category] : files)
         fixture.add(path, 1);
@@ -223,35 +240,6 @@ TEST(ContentClassifier, TreeFilesAndContexts)
         EXPECT_EQ(result.fallbacks[fixture.id(path).index()], ContentCategories::raw(category)) << path;
     EXPECT_EQ(result.categories[fixture.id("Documents").index()], ContentCategories::notSet);
     EXPECT_EQ(result.categories[0], ContentCategories::notSet);
-}
-
-TEST(ContentClassifier, AgentFoldersKeepMediaButNotTools)
-{
-    TreeFixture fixture("home");
-    const std::pair<std::string, ContentCategory> files[] = {
-        { ".claude/history.jsonl", ContentCategory::ai },
-        { ".claude/node_modules/pkg/image.png", ContentCategory::developer },
-        { ".claude/Cache/blob", ContentCategory::caches },
-        { ".claude/logs/run.txt", ContentCategory::logs },
-        { ".claude/old backup/a.zip", ContentCategory::archives },
-        { ".claude/models/weights.bin", ContentCategory::ai },
-        { ".claude/Screen Recordings/demo.mov", ContentCategory::ai },
-        { ".claude/Movies/demo.mov", ContentCategory::ai },
-        { ".claude/Documents/plan.pdf", ContentCategory::ai },
-        { ".claude/.docker/disk.raw", ContentCategory::ai },
-        { ".claude/Screen Recordings/node_modules/a.js", ContentCategory::developer },
-        { ".ollama/models/blob", ContentCategory::ai },
-        { "Library/Application Support/Claude/vm_bundles/disk.img", ContentCategory::ai },
-        // Outside an agent's folder the same strong rules simply win.
-        { "Screen Recordings/node_modules/a.js", ContentCategory::developer },
-        { "node_modules/Screen Recordings/demo.mov", ContentCategory::video },
-    };
-    for (const auto& [path, category] : files)
-        fixture.add(path, 1);
-    auto tree = fixture.finish();
-    auto result = ContentClassifier::classifyTree(*tree);
-    for (const auto& [path, category] : files)
-        EXPECT_EQ(result.categories[fixture.id(path).index()], ContentCategories::raw(category)) << path;
 }
 
 TEST(ContentClassifier, RootRuleAppliesToWholeScan)

@@ -24,6 +24,15 @@ std::string desktopFile(std::string_view name, std::string_view exec, std::strin
     return "[Desktop Entry]\nType=Application\nName=" + std::string(name) + "\nExec=" + std::string(exec) + "\n" + std::string(extra);
 }
 
+DesktopEntry application(std::string name, std::string exec)
+{
+    DesktopEntry entry;
+    entry.type = "Application";
+    entry.name = std::move(name);
+    entry.exec = std::move(exec);
+    return entry;
+}
+
 const OwnerIndex::App* appNamed(const OwnerIndex& index, std::string_view id)
 {
     auto app = index.findID(id);
@@ -173,33 +182,19 @@ TEST(OwnerIndex, FindsFolderNamesByEveryNameOfAnApp)
 TEST(OwnerIndex, StrongerNamesWinOverWeakerOnes)
 {
     OwnerIndex index;
-    DesktopEntry first;
-    first.type = "Application";
-    first.name = "Notes";
-    first.exec = "jot";
-    index.addDesktopEntry("org.example.Writer", first);
-    DesktopEntry second;
-    second.type = "Application";
-    second.name = "Jotter";
-    second.exec = "notes";
-    index.addDesktopEntry("org.example.Notes", second);
+    index.addDesktopEntry("org.example.Writer", application("Notes", "jot"));
+    index.addDesktopEntry("org.example.Notes", application("Jotter", "notes"));
     // "notes" is the first app's display name but the second's program and last id component.
     EXPECT_EQ(index.find("notes"), index.findID("org.example.Notes"));
     // Of equal claims the first stays.
-    DesktopEntry third = first;
-    third.name = "Scribble";
-    index.addDesktopEntry("com.other.Scribble", third);
+    index.addDesktopEntry("com.other.Scribble", application("Scribble", "jot"));
     EXPECT_EQ(index.find("jot"), index.findID("org.example.Writer"));
 }
 
 TEST(OwnerIndex, AgentsGetTheirPlaces)
 {
     OwnerIndex index;
-    DesktopEntry cursor;
-    cursor.type = "Application";
-    cursor.name = "Cursor";
-    cursor.exec = "/usr/share/cursor/cursor %F";
-    index.addDesktopEntry("cursor", cursor);
+    index.addDesktopEntry("cursor", application("Cursor", "/usr/share/cursor/cursor %F"));
     index.addAgentPlaces();
     const OwnerIndex::App* claude = appNamed(index, "agent:claude-code");
     ASSERT_NE(claude, nullptr);

@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 
 using namespace tarnwick;
+using tarnwick::fixtures::duTotal;
 using tarnwick::fixtures::TempFolder;
 using tarnwick::testing::TreeFixture;
 
@@ -22,13 +23,6 @@ void writeText(const std::string& path, std::string_view text)
 {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     std::ofstream(path) << text;
-}
-
-// Bytes on disk of everything below path that is not a folder, as the scanner counts them.
-// As du counts it: the folder's own blocks and everything below.
-std::int64_t bytesBelow(const std::string& path)
-{
-    return tarnwick::fixtures::duTotal(path);
 }
 
 std::map<std::string, std::int64_t> bytesByKey(const OwnerMap& map)
@@ -89,11 +83,11 @@ TEST(OwnerMap, ScannedHomeFolderByOwner)
     OwnerPlaces places(index);
     OwnerMap map = OwnerMap::build(*tree, places, { .minimumShare = 0.0, .maximumOwners = 12 });
 
-    const std::int64_t foo = bytesBelow(home + "/.config/foo") + bytesBelow(home + "/.cache/foo");
-    const std::int64_t flatpak = bytesBelow(home + "/.var/app/org.example.App");
-    const std::int64_t snap = bytesBelow(home + "/snap/bar");
-    const std::int64_t claude = bytesBelow(home + "/.claude");
-    const std::int64_t all = bytesBelow(home);
+    const std::int64_t foo = duTotal(home + "/.config/foo") + duTotal(home + "/.cache/foo");
+    const std::int64_t flatpak = duTotal(home + "/.var/app/org.example.App");
+    const std::int64_t snap = duTotal(home + "/snap/bar");
+    const std::int64_t claude = duTotal(home + "/.claude");
+    const std::int64_t all = duTotal(home);
     EXPECT_EQ(tree->allocatedSize(NodeID::root()), all);
     const std::map<std::string, std::int64_t> expected {
         { "org.example.App", flatpak },

@@ -109,12 +109,7 @@ INSTANTIATE_TEST_SUITE_P(Histograms, Normalization,
         Histogram { "every symbol rare", countsOf(64, 1, 1, 0), 256 },
         Histogram { "skewed lengths", std::vector<std::uint32_t> { 9000, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 300 }, 64 },
         Histogram { "two halves", countsOf(64, 5000, 0, 32), 256 }),
-    [](const testing::TestParamInfo<Histogram>& info) {
-        std::string name = info.param.name;
-        for (char& c : name)
-            c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
-        return name;
-    });
+    LzfseTestData::caseName);
 
 // From the 64 KiB-of-zeros block: L frequencies 60, 2, 0, 2 pack into 4f 42 08.
 TEST(FrequencyTables, PacksLikeTheReferenceHeader)

@@ -92,14 +92,6 @@ const Case cases[] = {
 
 class LzfseDecodeErrors : public testing::TestWithParam<Case> { };
 
-std::string caseName(const testing::TestParamInfo<Case>& info)
-{
-    std::string name = info.param.name;
-    for (char& c : name)
-        c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
-    return name;
-}
-
 }
 
 TEST_P(LzfseDecodeErrors, HandBuiltStreams)
@@ -107,7 +99,7 @@ TEST_P(LzfseDecodeErrors, HandBuiltStreams)
     EXPECT_EQ(errorOf(GetParam().stream), GetParam().error);
 }
 
-INSTANTIATE_TEST_SUITE_P(Streams, LzfseDecodeErrors, testing::ValuesIn(cases), caseName);
+INSTANTIATE_TEST_SUITE_P(Streams, LzfseDecodeErrors, testing::ValuesIn(cases), LzfseTestData::caseName);
 
 TEST(LzfseDecodeErrorCases, LzvnOpcodeFormsDecode)
 {

@@ -80,14 +80,6 @@ const Input inputs[] = {
 
 class LzfseRoundTrip : public testing::TestWithParam<Input> { };
 
-std::string inputName(const testing::TestParamInfo<Input>& info)
-{
-    std::string name = info.param.name;
-    for (char& c : name)
-        c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
-    return name;
-}
-
 std::vector<std::uint8_t> roundTrip(std::span<const std::uint8_t> encoded, std::size_t size)
 {
     std::vector<std::uint8_t> decoded;
@@ -132,7 +124,7 @@ TEST_P(LzfseRoundTrip, RefusesToGrowPastTheLimit)
     EXPECT_EQ(decoded.error(), Lzfse::DecodeError::tooLarge);
 }
 
-INSTANTIATE_TEST_SUITE_P(Generated, LzfseRoundTrip, testing::ValuesIn(inputs), inputName);
+INSTANTIATE_TEST_SUITE_P(Generated, LzfseRoundTrip, testing::ValuesIn(inputs), LzfseTestData::caseName);
 
 TEST(LzfseRoundTripBlocks, LargeInputsSpanSeveralBlocks)
 {

@@ -3,6 +3,9 @@
 #include "Compression/LzfseFormat.hpp"
 #include "Compression/StreamLayout.hpp"
 
+#include <gtest/gtest.h>
+
+#include <cctype>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -52,6 +55,14 @@ inline std::vector<std::uint8_t> recordLike(std::size_t count, std::uint64_t see
     bytes.resize(count);
     return bytes;
 }
+
+// A case's name as a test's name may be: letters and digits, "_" for anything else.
+inline auto caseName = [](const auto& info) {
+    std::string name = info.param.name;
+    for (char& c : name)
+        c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+    return name;
+};
 
 inline std::vector<LzfseFormat::BlockMagic> blockMagics(std::span<const std::uint8_t> stream)
 {

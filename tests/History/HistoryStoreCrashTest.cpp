@@ -15,7 +15,6 @@
 #include <fstream>
 #include <random>
 #include <set>
-#include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -74,14 +73,6 @@ std::vector<std::uint8_t> readBytes(const std::string& path)
     return std::vector<std::uint8_t>((std::istreambuf_iterator<char>(file)), {});
 }
 
-std::string readText(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
 }
 
 TEST(HistoryStoreCrash, KilledSavesLeaveEveryListedFile)
@@ -115,7 +106,7 @@ TEST(HistoryStoreCrash, KilledSavesLeaveEveryListedFile)
         const std::string indexPath = directory + "/index.json";
         if (!std::filesystem::exists(indexPath))
             continue;
-        auto index = HistoryStore::Index::decode(readText(indexPath));
+        auto index = HistoryStore::Index::decode(fixtures::readFile(indexPath));
         ASSERT_TRUE(index) << "iteration " << iteration;
         for (const auto& record : index->sources) {
             const std::string folder = directory + "/" + record.folder + "/";

@@ -10,24 +10,16 @@
 #include <fstream>
 #include <map>
 #include <set>
-#include <sstream>
 
 using namespace tarnwick;
 using fixtures::utc;
 using StoreError = HistoryStore::StoreError;
+using fixtures::readFile;
 
 namespace {
 
 const HistorySource home { "/home/ann", "3c1e9d2a-uuid" };
 const HistorySource work { "/srv/work", "dev:8:3" };
-
-std::string readText(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
 
 std::vector<std::uint8_t> bytesOf(std::string_view text)
 {
@@ -112,14 +104,14 @@ TEST_F(HistoryStoreTest, ScansOfOneDayReplaceCurrentAndAddOneDayEntry)
     EXPECT_EQ(second->current->total, 7);
     EXPECT_EQ(second->current->date, utc(2025, 3, 10, 18, 30) + std::chrono::microseconds(1234)); // to whole microseconds
 
-    EXPECT_EQ(readText(fileOf(*store, home, "current.snap")), "current B");
-    EXPECT_EQ(readText(fileOf(*store, home, "2.snap")), "day A");
+    EXPECT_EQ(readFile(fileOf(*store, home, "current.snap")), "current B");
+    EXPECT_EQ(readFile(fileOf(*store, home, "2.snap")), "day A");
     EXPECT_EQ(store->load(home, 2), bytesOf("day A"));
     EXPECT_EQ(store->load(home, 3), bytesOf("current B"));
     EXPECT_EQ(store->load(home, 1), std::unexpected(StoreError::unknownEntry())); // the replaced current
     EXPECT_EQ(store->load(work, 2), std::unexpected(StoreError::unknownEntry()));
     EXPECT_EQ(namesIn(directory() + "/" + second->folder), (std::set<std::string> { "source.json", "current.snap", "2.snap" }));
-    EXPECT_NE(readText(fileOf(*store, home, "source.json")).find("\"/home/ann\""), std::string::npos);
+    EXPECT_NE(readFile(fileOf(*store, home, "source.json")).find("\"/home/ann\""), std::string::npos);
 
     // What another process reads back from the files is what this one holds.
     auto reopened = open();
@@ -263,7 +255,7 @@ TEST_F(HistoryStoreTest, VolumeLogsAppendOneMeasurementALine)
     ASSERT_TRUE(store->recordMeasurement("dev:8:3/x", second));
 
     const std::string log = directory() + "/Volumes/dev_8_3_x.log";
-    EXPECT_EQ(readText(log), "763290000.000001 994662584320 412004487168 87000000000\n763376400 994662584320 409112000000\n");
+    EXPECT_EQ(readFile(log), "763290000.000001 994662584320 412004487168 87000000000\n763376400 994662584320 409112000000\n");
     first.date = utc(2025, 3, 10, 9) + std::chrono::microseconds(1);
     EXPECT_EQ(store->measurements("dev:8:3/x"), (std::vector<VolumeMeasurement> { first, second }));
     EXPECT_EQ(store->measurements("dev_8_3_x"), store->measurements("dev:8:3/x")); // the same file name

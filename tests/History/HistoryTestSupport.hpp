@@ -1,6 +1,7 @@
 #pragma once
 
 #include "History/Calendar.hpp"
+#include "Support/ScopedEnvironment.hpp"
 
 #include <chrono>
 #include <cstdlib>
@@ -23,25 +24,17 @@ inline Date utc(int year, unsigned month, unsigned day, int hour = 0, int minute
 class ScopedTimeZone {
 public:
     explicit ScopedTimeZone(const char* zone)
+        : m_environment { { "TZ", zone } }
     {
-        if (const char* old = std::getenv("TZ"))
-            m_old = old;
-        ::setenv("TZ", zone, 1);
         ::tzset();
     }
-    ~ScopedTimeZone()
-    {
-        if (m_old)
-            ::setenv("TZ", m_old->c_str(), 1);
-        else
-            ::unsetenv("TZ");
-        ::tzset();
-    }
-    ScopedTimeZone(const ScopedTimeZone&) = delete;
-    ScopedTimeZone& operator=(const ScopedTimeZone&) = delete;
 
 private:
-    std::optional<std::string> m_old;
+    // Declared first, so destroyed last: once the old TZ is back.
+    struct ReadAgain {
+        ~ReadAgain() { ::tzset(); }
+    } m_readAgain;
+    ScopedEnvironment m_environment;
 };
 
 }

@@ -50,13 +50,17 @@ TEST(MenuBarItem, ChangeShowsFromTheThresholdByItsMagnitude)
         { std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::min() },
     };
     for (const Case& c : cases) {
-        MenuBarDisk one = disk("a", 100 * GB, 40 * GB, c.change);
+        MenuBarDisk one = disk("a", 100 * GB, 40 * GB, c.change, true);
         one.changeIsUncertain = true;
+        one.number = 2;
         auto segments = MenuBarItem::segments(std::span(&one, 1), style(MenuBarStyle::Layout::each), threshold);
         ASSERT_EQ(segments.size(), 1u);
         EXPECT_EQ(segments[0].change, c.shown);
-        // Uncertainty travels only with a change that is shown.
+        // Uncertainty travels only with a change that is shown; the rest always does.
         EXPECT_EQ(segments[0].changeIsUncertain, c.shown.has_value());
+        EXPECT_TRUE(segments[0].isAlerted);
+        EXPECT_EQ(segments[0].number, 2);
+        EXPECT_EQ(segments[0].name, "Disk a");
     }
 }
 
@@ -158,17 +162,6 @@ TEST(MenuBarItem, WhichDisksAStyleSelects)
         EXPECT_EQ(got, c.expected);
         EXPECT_EQ(ids(MenuBarItem::segments(disks, style(MenuBarStyle::Layout::each, true, false, true, c.choice), threshold)), c.expected);
     }
-}
-
-TEST(MenuBarItem, SegmentsCarryAlertAndNumber)
-{
-    MenuBarDisk one = disk("a", 100 * GB, 40 * GB, std::nullopt, true);
-    one.number = 2;
-    auto segments = MenuBarItem::segments(std::span(&one, 1), style(MenuBarStyle::Layout::each), threshold);
-    ASSERT_EQ(segments.size(), 1u);
-    EXPECT_TRUE(segments[0].isAlerted);
-    EXPECT_EQ(segments[0].number, 2);
-    EXPECT_EQ(segments[0].name, "Disk a");
 }
 
 TEST(MenuBarItem, Texts)

@@ -10,14 +10,9 @@
 #include <unistd.h>
 
 using namespace tarnwick;
+using fixtures::readFile;
 
 namespace {
-
-std::string contents(const std::string& path)
-{
-    std::ifstream file(path);
-    return { std::istreambuf_iterator<char>(file), {} };
-}
 
 std::vector<std::string> names(const std::string& folder)
 {
@@ -37,7 +32,7 @@ TEST(TextfileWriter, ReplacesTheFileWholeAndReadableByTheExporter)
     ASSERT_TRUE(first);
     EXPECT_EQ(*first, folder / "tarnwick.prom");
     ASSERT_TRUE(TextfileWriter::write(folder.path(), "b 2\n"));
-    EXPECT_EQ(contents(folder / "tarnwick.prom"), "b 2\n");
+    EXPECT_EQ(readFile(folder / "tarnwick.prom"), "b 2\n");
     EXPECT_EQ(names(folder.path()), std::vector<std::string> { "tarnwick.prom" });
     struct stat info {};
     ASSERT_EQ(::stat((folder / "tarnwick.prom").c_str(), &info), 0);
@@ -71,7 +66,7 @@ TEST(TextfileWriter, FailsInPlainWordsAndChangesNothing)
         EXPECT_EQ(written.error().reason, c.reason) << c.target;
         EXPECT_EQ(written.error().message(), "Tarnwick couldn't write the metrics into " + c.target + ": " + std::string(c.words));
     }
-    EXPECT_EQ(contents(folder / "plain-file").size(), 10u);
+    EXPECT_EQ(readFile(folder / "plain-file").size(), 10u);
 }
 
 TEST(TextfileWriter, SweepsTemporaryFilesOfAKilledWriterButNotAFreshOne)

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
 
 using namespace tarnwick;
 
@@ -39,23 +37,10 @@ TEST(LoginItem, InstallsAndRemovesTheAutostartEntry)
     EXPECT_TRUE(LoginItem::remove(path)); // nothing there is fine
     ASSERT_TRUE(LoginItem::install(path, "/opt/Tarnwick Apps/tarnwick"));
     EXPECT_TRUE(LoginItem::isInstalled(path));
-    std::stringstream text;
-    text << std::ifstream(path).rdbuf();
-    EXPECT_EQ(text.str(), LoginItem::entryText("/opt/Tarnwick Apps/tarnwick"));
-    EXPECT_NE(text.str().find("\nExec=\"/opt/Tarnwick Apps/tarnwick\" --background\n"), std::string::npos);
-    EXPECT_TRUE(text.str().starts_with("[Desktop Entry]\nType=Application\n"));
+    std::string text = fixtures::readFile(path);
+    EXPECT_EQ(text, LoginItem::entryText("/opt/Tarnwick Apps/tarnwick"));
+    EXPECT_NE(text.find("\nExec=\"/opt/Tarnwick Apps/tarnwick\" --background\n"), std::string::npos);
+    EXPECT_TRUE(text.starts_with("[Desktop Entry]\nType=Application\n"));
     ASSERT_TRUE(LoginItem::remove(path));
     EXPECT_FALSE(LoginItem::isInstalled(path));
-}
-
-TEST(LoginItem, StandardPathFollowsTheConfigurationHome)
-{
-    const char* old = std::getenv("XDG_CONFIG_HOME");
-    std::string saved = old ? old : "";
-    ::setenv("XDG_CONFIG_HOME", "/tmp/somewhere/config", 1);
-    EXPECT_EQ(LoginItem::standardPath(), "/tmp/somewhere/config/autostart/tarnwick.desktop");
-    if (old)
-        ::setenv("XDG_CONFIG_HOME", saved.c_str(), 1);
-    else
-        ::unsetenv("XDG_CONFIG_HOME");
 }

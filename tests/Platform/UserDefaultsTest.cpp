@@ -1,4 +1,6 @@
+#include "Platform/LoginItem.hpp"
 #include "Platform/UserDefaults.hpp"
+#include "Support/ScopedEnvironment.hpp"
 #include "Support/TempFolder.hpp"
 
 #include <gtest/gtest.h>
@@ -6,7 +8,6 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
-#include <sstream>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,16 +15,9 @@
 
 using namespace tarnwick;
 using nlohmann::json;
+using fixtures::readFile;
 
 namespace {
-
-std::string readFile(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 void writeInPlace(const std::string& path, std::string_view text)
 {
@@ -181,17 +175,13 @@ TEST_F(UserDefaultsTest, PlacesThatCannotHoldTheFileGiveErrorsNotCrashes)
     EXPECT_EQ(written.error().text().rfind("Tarnwick couldn't create the folder for its settings, ", 0), 0u);
 }
 
-TEST_F(UserDefaultsTest, StandardPathFollowsTheConfigHome)
+// The settings and the autostart entry both live in the configuration home.
+TEST_F(UserDefaultsTest, StandardPathsFollowTheConfigHome)
 {
-    const char* saved = std::getenv("XDG_CONFIG_HOME");
-    std::optional<std::string> previous = saved ? std::optional<std::string>(saved) : std::nullopt;
-    ::setenv("XDG_CONFIG_HOME", (folder.path() + "/conf/").c_str(), 1);
+    fixtures::ScopedEnvironment environment { { "XDG_CONFIG_HOME", folder.path() + "/conf/" } };
     EXPECT_EQ(UserDefaults::standardPath(), folder.path() + "/conf/tarnwick/defaults.json");
+    EXPECT_EQ(LoginItem::standardPath(), folder.path() + "/conf/autostart/tarnwick.desktop");
     ::setenv("XDG_CONFIG_HOME", "relative/ignored", 1);
     EXPECT_EQ(UserDefaults::standardPath().rfind("/.config/tarnwick/defaults.json"),
         UserDefaults::standardPath().size() - std::string_view("/.config/tarnwick/defaults.json").size());
-    if (previous)
-        ::setenv("XDG_CONFIG_HOME", previous->c_str(), 1);
-    else
-        ::unsetenv("XDG_CONFIG_HOME");
 }

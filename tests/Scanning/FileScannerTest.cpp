@@ -17,17 +17,14 @@ using tarnwick::fixtures::TempFolder;
 
 namespace {
 
-ScanOutcome scanFolder(const std::string& root, FileScanner::Workers workers = FileScanner::Workers::fixed(2), FileScanner::Hooks hooks = {},
-    FileScanner* scannerOut = nullptr)
+ScanOutcome scanFolder(const std::string& root, FileScanner::Workers workers = FileScanner::Workers::fixed(2), FileScanner::Hooks hooks = {})
 {
     FileScanner::Options options;
     options.root = root;
     options.progress = std::make_shared<ScanProgress>();
     options.workers = workers;
     options.hooks = std::move(hooks);
-    FileScanner scanner(options);
-    (void)scannerOut;
-    return scanner.scan();
+    return FileScanner(options).scan();
 }
 
 struct Totals {

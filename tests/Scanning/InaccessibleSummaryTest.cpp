@@ -1,59 +1,34 @@
 #include "Scanning/InaccessibleSummary.hpp"
 
-#include "Scanning/ScanTree.hpp"
-#include "Scanning/TreeBuilder.hpp"
+#include "Classification/TreeFixture.hpp"
 
 #include <gtest/gtest.h>
-
-#include <map>
 
 using namespace tarnwick;
 
 namespace {
 
-// Builds a tree from "/"-separated paths below the root, recording a refusal on each path
-// listed in denied (and a disappearance on each in gone).
+// A tree of folders at "/"-separated paths below the root, with a refusal recorded on each
+// path denied (and a disappearance on each gone).
 class PathTree {
 public:
     explicit PathTree(std::string rootPath)
         : m_rootPath(std::move(rootPath))
     {
     }
-    NodeID add(std::string_view relative)
-    {
-        NodeID current = NodeID::root();
-        std::string sofar;
-        std::size_t start = 0;
-        while (start <= relative.size()) {
-            std::size_t end = std::min(relative.find('/', start), relative.size());
-            sofar = std::string(relative.substr(0, end));
-            auto found = m_nodes.find(sofar);
-            if (found == m_nodes.end()) {
-                TreeBuilder::Entry e { .name = relative.substr(start, end - start), .kind = NodeKind::directory };
-                found = m_nodes.emplace(sofar, m_builder.addNode(current, e)).first;
-            }
-            current = found->second;
-            start = end + 1;
-        }
-        return current;
-    }
     NodeID deny(std::string_view relative, int code = 13)
     {
-        NodeID node = add(relative);
-        m_builder.recordIssue(node, IssueKind::permissionDenied, code, "Permission denied");
+        NodeID node = m_tree.add(std::string(relative) + "/");
+        m_tree.builder().recordIssue(node, IssueKind::permissionDenied, code, "Permission denied");
         return node;
     }
-    void gone(std::string_view relative) { m_builder.recordIssue(add(relative), IssueKind::notFound, 2, "No such file"); }
-    std::shared_ptr<const ScanTree> finish() &&
-    {
-        return std::move(m_builder).finalize(m_rootPath, ScanCoverage::whole(), TreeBuilder::Metadata::included);
-    }
-    NodeID node(const std::string& relative) const { return m_nodes.at(relative); }
+    void gone(std::string_view relative) { m_tree.builder().recordIssue(m_tree.add(std::string(relative) + "/"), IssueKind::notFound, 2, "No such file"); }
+    std::shared_ptr<const ScanTree> finish() && { return m_tree.finish(TreeBuilder::Metadata::included, m_rootPath); }
+    NodeID node(const std::string& relative) const { return m_tree.id(relative); }
 
 private:
     std::string m_rootPath;
-    TreeBuilder m_builder { "root", NodeKind::directory, std::nullopt };
-    std::map<std::string, NodeID> m_nodes;
+    tarnwick::testing::TreeFixture m_tree;
 };
 
 using Group = InaccessibleSummary::Group;

@@ -1,12 +1,12 @@
 #include "Scanning/ScopeResolver.hpp"
 
+#include "Support/TempFolder.hpp"
 #include "Support/UnicodeNames.hpp"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
-#include <unistd.h>
 
 using namespace tarnwick;
 namespace fs = std::filesystem;
@@ -57,15 +57,10 @@ std::optional<ScopeError> refusal(const std::expected<ScanScope, ScopeError>& re
     return result ? std::nullopt : std::optional(result.error());
 }
 
+// A temporary folder by its real path, as the resolver gives it back.
 struct TemporaryFolder {
-    fs::path path;
-    TemporaryFolder()
-    {
-        std::string pattern = (fs::temp_directory_path() / "tarnwick-scope-XXXXXX").string();
-        path = ::mkdtemp(pattern.data());
-        path = ScopeResolver::realPath(path.string());
-    }
-    ~TemporaryFolder() { fs::remove_all(path); }
+    fixtures::TempFolder folder;
+    fs::path path = ScopeResolver::realPath(folder.path());
 };
 
 }

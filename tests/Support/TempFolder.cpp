@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <sys/stat.h>
@@ -65,6 +67,12 @@ void TempFolder::makeLink(std::string_view relative, std::string_view target) co
     std::filesystem::path path = *this / relative;
     std::filesystem::create_directories(path.parent_path());
     std::filesystem::create_symlink(std::string(target), path);
+}
+
+std::string readFile(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return { std::istreambuf_iterator<char>(file), {} };
 }
 
 int runShell(const std::string& command)

@@ -33,4 +33,7 @@ private:
 // Runs a shell command and returns its exit status.
 int runShell(const std::string& command);
 
+// A file's bytes, "" when it cannot be read.
+std::string readFile(const std::string& path);
+
 }

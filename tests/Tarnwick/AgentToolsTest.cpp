@@ -8,6 +8,7 @@
 #include "MainExecutor.hpp"
 #include "Scanning/ScopeResolver.hpp"
 
+#include "Support/ScopedEnvironment.hpp"
 #include "Support/TempFolder.hpp"
 
 #include <gtest/gtest.h>
@@ -194,9 +195,7 @@ TEST_F(AgentToolsTest, EveryRoutedCommandHasItsHandler)
     // The history's commands read and write the user's settings and history: these go to
     // folders of the test's own.
     fixtures::DataHome home;
-    const char* config = std::getenv("XDG_CONFIG_HOME");
-    std::optional<std::string> previousConfig = config ? std::optional<std::string>(config) : std::nullopt;
-    setenv("XDG_CONFIG_HOME", (home.folder() / "config").c_str(), 1);
+    fixtures::ScopedEnvironment config { { "XDG_CONFIG_HOME", home.folder() / "config" } };
     for (const AgentCommands::Command& command : AgentCommands::table()) {
         if (command.route != AgentCommands::Route::app && command.route != AgentCommands::Route::history)
             continue;
@@ -206,10 +205,6 @@ TEST_F(AgentToolsTest, EveryRoutedCommandHasItsHandler)
                                                                                                : std::map<std::string, std::string> { { "path", m_place.path() } }, true);
         EXPECT_EQ(answer.text.find("has no command"), std::string::npos) << command.name << ": " << answer.text;
     }
-    if (previousConfig)
-        setenv("XDG_CONFIG_HOME", previousConfig->c_str(), 1);
-    else
-        unsetenv("XDG_CONFIG_HOME");
 }
 
 // The owners of a finished scan are attributed once, with it: the summary and the types by

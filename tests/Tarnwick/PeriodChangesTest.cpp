@@ -128,9 +128,7 @@ TEST_F(PeriodChangesTest, ADamagedStartFallsBackToTheNearestIntactDay)
     };
     for (const Case& c : cases) {
         const std::string file = folderPath + record->entries[c.damaged].file;
-        std::ifstream original(file, std::ios::binary);
-        std::string bytes((std::istreambuf_iterator<char>(original)), {});
-        original.close();
+        const std::string bytes = fixtures::readFile(file);
         std::ofstream(file, std::ios::trunc) << "not a snapshot";
         auto changes = PeriodChanges::load(*store, place, c.period, utc(2024, 6, 10, 8));
         ASSERT_TRUE(changes) << c.period.rawValue();

@@ -27,14 +27,11 @@ inline std::shared_ptr<const ScanTree> treeOf(const std::string& rootPath, const
     return fixture.finish(TreeBuilder::Metadata::included, rootPath);
 }
 
-// Saves a tree into the history as the scan of its root finished at date, the way a finished
-// scan is saved (without colours, so sizes are kept to 10 MB).
-inline void saveScan(HistoryStore& store, const HistorySource& source, const ScanTree& tree, Date date,
-    std::optional<Snapshot::Volume> volume = std::nullopt)
+// A snapshot of a tree encoded for the store as its scan finished at date.
+inline HistoryStore::SnapshotFiles filesOf(Snapshot snapshot, const ScanTree& tree, Date date, std::optional<Snapshot::Volume> volume)
 {
-    Snapshot snapshot = SnapshotReducer::reduce(tree, { date, volume, nullptr, nullptr });
     auto encoded = Snapshot::encodeForStore(std::move(snapshot));
-    ASSERT_TRUE(encoded);
+    EXPECT_TRUE(encoded);
     HistoryStore::SnapshotFiles files;
     files.date = date;
     files.total = tree.allocatedSize(NodeID::root());
@@ -42,9 +39,19 @@ inline void saveScan(HistoryStore& store, const HistorySource& source, const Sca
         files.volumeTotal = volume->total;
         files.volumeAvailable = volume->available;
     }
-    files.current = std::move(encoded->current);
-    files.day = std::move(encoded->day);
-    ASSERT_TRUE(store.save(source, files));
+    if (encoded) {
+        files.current = std::move(encoded->current);
+        files.day = std::move(encoded->day);
+    }
+    return files;
+}
+
+// Saves a tree into the history as the scan of its root finished at date, the way a finished
+// scan is saved (without colours, so sizes are kept to 10 MB).
+inline void saveScan(HistoryStore& store, const HistorySource& source, const ScanTree& tree, Date date,
+    std::optional<Snapshot::Volume> volume = std::nullopt)
+{
+    ASSERT_TRUE(store.save(source, filesOf(SnapshotReducer::reduce(tree, { date, volume, nullptr, nullptr }), tree, date, volume)));
 }
 
 // A scan encoded the way the app saves it, with colours, so that every reader (types too) has
@@ -53,17 +60,7 @@ inline HistoryStore::SnapshotFiles filesFor(const std::shared_ptr<const ScanTree
 {
     static const FixedTimeZone zone(0);
     auto analysis = ScanAnalysis::make(tree, DateGroup::Boundaries::make(date, zone), nullptr);
-    auto encoded = Snapshot::encodeForStore(SnapshotReducer::reduce(*tree, { date, volume, analysis.get(), &zone }));
-    HistoryStore::SnapshotFiles files;
-    files.date = date;
-    files.total = tree->allocatedSize(NodeID::root());
-    if (volume) {
-        files.volumeTotal = volume->total;
-        files.volumeAvailable = volume->available;
-    }
-    files.current = std::move(encoded->current);
-    files.day = std::move(encoded->day);
-    return files;
+    return filesOf(SnapshotReducer::reduce(*tree, { date, volume, analysis.get(), &zone }), *tree, date, volume);
 }
 
 inline void saveWithColors(HistoryStore& store, const HistorySource& source, const std::shared_ptr<const ScanTree>& tree, Date date,

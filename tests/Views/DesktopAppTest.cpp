@@ -1,4 +1,5 @@
 #include "MainExecutor.hpp"
+#include "Support/ScopedEnvironment.hpp"
 #include "Support/TempFolder.hpp"
 #include "Views/DesktopApp.hpp"
 
@@ -8,9 +9,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <map>
 #include <optional>
 #include <string>
 #include <thread>
@@ -19,33 +18,7 @@
 namespace tarnwick {
 namespace {
 
-// Sets environment variables for one test and puts the old values back afterwards.
-class ScopedEnvironment {
-public:
-    ScopedEnvironment(std::initializer_list<std::pair<const char*, std::optional<std::string>>> values)
-    {
-        for (const auto& [name, value] : values) {
-            const char* old = std::getenv(name);
-            m_old[name] = old ? std::optional<std::string>(old) : std::nullopt;
-            if (value)
-                setenv(name, value->c_str(), 1);
-            else
-                unsetenv(name);
-        }
-    }
-    ~ScopedEnvironment()
-    {
-        for (const auto& [name, value] : m_old) {
-            if (value)
-                setenv(name.c_str(), value->c_str(), 1);
-            else
-                unsetenv(name.c_str());
-        }
-    }
-
-private:
-    std::map<std::string, std::optional<std::string>> m_old;
-};
+using fixtures::ScopedEnvironment;
 
 // Listens on the abstract socket name an X server of display :number uses.
 class FakeXServer {

@@ -53,6 +53,17 @@ protected:
         bus.waitForFinished();
     }
 
+    // Shows path through a link on the test's bus; whether the item was selected, once it answers.
+    std::optional<bool> show(const QString& path)
+    {
+        FileManagerLink link(*connection, [&](const QUrl& folder) { opened << folder; });
+        std::optional<bool> selected;
+        QObject::connect(&link, &FileManagerLink::shown, [&](const QString&, bool bySelecting) { selected = bySelecting; });
+        link.show(path);
+        waitFor([&] { return selected.has_value(); });
+        return selected;
+    }
+
     QProcess bus;
     std::unique_ptr<QDBusConnection> connection;
     QList<QUrl> opened;
@@ -65,32 +76,14 @@ TEST_F(FileManagerLinkTest, AFileManagerOnTheBusSelectsTheItem)
     FakeFileManager fake;
     ASSERT_TRUE(connection->registerService(QString::fromUtf8(FileManagerLink::service)));
     ASSERT_TRUE(connection->registerObject(QString::fromUtf8(FileManagerLink::objectPath), &fake, QDBusConnection::ExportAllSlots));
-    FileManagerLink link(*connection, [&](const QUrl& folder) { opened << folder; });
-    bool answered = false;
-    bool selected = false;
-    QObject::connect(&link, &FileManagerLink::shown, [&](const QString&, bool bySelecting) {
-        answered = true;
-        selected = bySelecting;
-    });
-    link.show(QStringLiteral("/home/alex/Videos/trip with spaces.mp4"));
-    ASSERT_TRUE(waitFor([&] { return answered; }));
-    EXPECT_TRUE(selected);
+    EXPECT_EQ(show(QStringLiteral("/home/alex/Videos/trip with spaces.mp4")), true);
     EXPECT_EQ(fake.shown, QStringList { QStringLiteral("file:///home/alex/Videos/trip%20with%20spaces.mp4") });
     EXPECT_TRUE(opened.isEmpty());
 }
 
 TEST_F(FileManagerLinkTest, WithoutOneTheFolderThatHoldsTheItemOpens)
 {
-    FileManagerLink link(*connection, [&](const QUrl& folder) { opened << folder; });
-    bool answered = false;
-    bool selected = true;
-    QObject::connect(&link, &FileManagerLink::shown, [&](const QString&, bool bySelecting) {
-        answered = true;
-        selected = bySelecting;
-    });
-    link.show(QStringLiteral("/home/alex/Videos/trip.mp4"));
-    ASSERT_TRUE(waitFor([&] { return answered; }));
-    EXPECT_FALSE(selected);
+    EXPECT_EQ(show(QStringLiteral("/home/alex/Videos/trip.mp4")), false);
     EXPECT_EQ(opened, QList<QUrl> { QUrl::fromLocalFile(QStringLiteral("/home/alex/Videos")) });
 }
 

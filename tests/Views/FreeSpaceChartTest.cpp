@@ -103,11 +103,7 @@ TEST(FreeSpaceDialog, ReadsTheVolumesRecordOffTheMainThread)
         for (int day = 5; day >= 0; --day)
             ASSERT_TRUE((*store)->recordMeasurement("dev:8:1", { now - std::chrono::days(day), 500 * GB, (100 + day * 3) * GB, std::nullopt }));
         // index.json comes with the first snapshot; without one the record is not read.
-        HistoryStore::SnapshotFiles files;
-        files.date = now;
-        files.current = { 1 };
-        files.day = { 1 };
-        ASSERT_TRUE((*store)->save({ "/elsewhere", "dev:8:1" }, files));
+        ASSERT_TRUE((*store)->save({ "/elsewhere", "dev:8:1" }, testing::tinySnapshot()));
     }
     auto freeNow = [] {
         auto space = VolumeIdentity::space("/");

@@ -50,6 +50,7 @@ namespace {
 
 using testing::pointIn;
 using testing::sectorOf;
+using testing::tinySnapshot;
 using testing::waitFor;
 
 // A small home folder scanned for real, shown in a window rendered offscreen.
@@ -108,6 +109,16 @@ protected:
         waitFor([&] { return !window->isBusy(); });
     }
 
+    // Whether the sidebar lists a source of this kind at path.
+    bool listed(SourceSidebar::Kind kind, const std::string& path) const
+    {
+        for (const auto& source : window->sidebar()->sources()) {
+            if (source.kind == kind && source.path == path)
+                return true;
+        }
+        return false;
+    }
+
     fixtures::TempFolder scanned;
     fixtures::TempFolder settings;
     // The app's one history, which the window is given and the tests save into.
@@ -121,12 +132,7 @@ TEST_F(MainWindowTest, StartsWithTheChoiceOfADiskOrAFolderAndExplainsAFailedChoi
 {
     EXPECT_EQ(window->pages()->currentWidget(), window->startView());
     // The sidebar reads the disks off the main thread and lists them a moment later.
-    EXPECT_TRUE(waitFor([&] {
-        bool homeListed = false;
-        for (const auto& source : window->sidebar()->sources())
-            homeListed = homeListed || (source.kind == SourceSidebar::Kind::home && source.path == scanned.path());
-        return homeListed;
-    }));
+    EXPECT_TRUE(waitFor([&] { return listed(SourceSidebar::Kind::home, scanned.path()); }));
 
     EXPECT_FALSE(window->choose(QStringLiteral("relative/place")));
     EXPECT_FALSE(model->runningScan().has_value());
@@ -187,16 +193,6 @@ TEST_F(MainWindowTest, ShowsEveryModeOfAFinishedScanAtOnceFromItsAnalysis)
         model->setColorMode(mode);
         EXPECT_EQ(window->map()->colors().get(), analysis->colors(mode).get()) << ColorModes::title(mode);
     }
-}
-
-TEST_F(MainWindowTest, LegendNamesTheContentOfTheOpenFolderWithShares)
-{
-    scan();
-    const LegendContent& legend = window->legend()->content();
-    ASSERT_FALSE(legend.items.empty());
-    std::string_view video = ContentCategories::displayLabel(ContentCategory::video);
-    EXPECT_EQ(legend.items.front().label.toStdString(), video) << "the largest group comes first";
-    EXPECT_TRUE(legend.items.front().share.endsWith(QStringLiteral("%")));
 }
 
 TEST_F(MainWindowTest, ClickingAFolderOnTheMapOpensItAndTheListAndInspectorFollow)
@@ -362,13 +358,6 @@ TEST_F(MainWindowTest, RepaintingAndHoveringKeepTheLayout)
 
 TEST_F(MainWindowTest, FavoritesAndPlacesWithAHistoryAppearInTheSidebar)
 {
-    auto listed = [&](SourceSidebar::Kind kind, const std::string& path) {
-        for (const auto& source : window->sidebar()->sources()) {
-            if (source.kind == kind && source.path == path)
-                return true;
-        }
-        return false;
-    };
     fixtures::TempFolder favorite;
     UserDefaults defaults(settings / "defaults.json");
     Favorites favorites(defaults);
@@ -376,12 +365,7 @@ TEST_F(MainWindowTest, FavoritesAndPlacesWithAHistoryAppearInTheSidebar)
     window->sidebar()->refresh();
     EXPECT_TRUE(waitFor([&] { return listed(SourceSidebar::Kind::favorite, favorite.path()); }));
 
-    HistoryStore::SnapshotFiles files;
-    files.date = std::chrono::system_clock::now();
-    files.total = 1000;
-    files.current = { 1, 2, 3 };
-    files.day = { 4, 5, 6 };
-    ASSERT_TRUE(history->save(HistorySource { "/home/ann/Projects", "dev:8:1" }, files).has_value());
+    ASSERT_TRUE(history->save(HistorySource { "/home/ann/Projects", "dev:8:1" }, tinySnapshot()).has_value());
     // The save is announced: the sidebar lists the new place without being asked.
     ASSERT_TRUE(waitFor([&] {
         for (int row = 0; row < window->sidebar()->list()->count(); ++row) {
@@ -399,10 +383,7 @@ TEST_F(MainWindowTest, TheStatusBarSaysWhenASnapshotCouldNotBeSavedUntilOneIs)
 {
     EXPECT_TRUE(window->historyProblem().isEmpty());
     HistorySource place { "/home/ann/Projects", "dev:8:1" };
-    HistoryStore::SnapshotFiles files;
-    files.date = std::chrono::system_clock::now();
-    files.current = { 1 };
-    files.day = { 1 };
+    HistoryStore::SnapshotFiles files = tinySnapshot();
     // A file where the place's folder goes: the save can't make it.
     const std::string inTheWay = settings / "History" + "/" + HistoryStore::folderName(place);
     std::ofstream(inTheWay) << "in the way";
@@ -418,11 +399,7 @@ TEST_F(MainWindowTest, TheStatusBarSaysWhenASnapshotCouldNotBeSavedUntilOneIs)
 TEST_F(MainWindowTest, ARebuiltIndexIsToldInTheStatusBar)
 {
     HistorySource place { "/home/ann/Projects", "dev:8:1" };
-    HistoryStore::SnapshotFiles files;
-    files.date = std::chrono::system_clock::now();
-    files.current = { 1 };
-    files.day = { 1 };
-    ASSERT_TRUE(history->save(place, files));
+    ASSERT_TRUE(history->save(place, tinySnapshot()));
     window.reset();
     std::ofstream(settings / "History" + "/index.json", std::ios::trunc) << "{ not an index";
     history = std::move(*HistoryStore::open(settings / "History"));
@@ -574,12 +551,7 @@ TEST_F(MainWindowTest, MenuActionsAndKeysDriveTheModel)
         EXPECT_TRUE(itemAction(*menu, text)) << text.toStdString();
     itemAction(*menu, ViewTexts::addToFavorites)->trigger();
     std::string photos = model->result()->tree->path(node("Photos"));
-    EXPECT_TRUE(waitFor([&] {
-        bool listed = false;
-        for (const SourceSidebar::Source& source : window->sidebar()->sources())
-            listed = listed || (source.kind == SourceSidebar::Kind::favorite && source.path == photos);
-        return listed;
-    }));
+    EXPECT_TRUE(waitFor([&] { return listed(SourceSidebar::Kind::favorite, photos); }));
     itemAction(*menu, ViewTexts::scanThisFolder)->trigger();
     ASSERT_TRUE(waitFor([&] { return !model->runningScan() && model->result() && model->result()->tree->rootPath() == photos; }));
 }

@@ -37,15 +37,7 @@ public:
     }
 
     HistoryStore& store() { return *m_store; }
-    void save(const std::string& place)
-    {
-        HistoryStore::SnapshotFiles files;
-        files.date = std::chrono::system_clock::now();
-        files.total = 1000;
-        files.current = { 1, 2, 3 };
-        files.day = { 4, 5, 6 };
-        ASSERT_TRUE(m_store->save(HistorySource { place, "dev:8:1" }, files).has_value());
-    }
+    void save(const std::string& place) { ASSERT_TRUE(m_store->save(HistorySource { place, "dev:8:1" }, testing::tinySnapshot()).has_value()); }
     // Saves place on a thread of its own, returning once that save holds the store.
     void saveAndHold(const std::string& place)
     {

@@ -4,7 +4,7 @@
 #include <sys/un.h>
 
 using tarnwick::fixtures::CommandLineE2E;
-using tarnwick::fixtures::lstatTotals;
+using tarnwick::fixtures::duTotals;
 using tarnwick::fixtures::ProcessRun;
 using tarnwick::fixtures::TempFolder;
 using tarnwick::fixtures::Totals;
@@ -23,13 +23,13 @@ TEST_F(CommandLineE2E, ScanWaitSummaryAndFindMatchTheFileSystem)
     ASSERT_EQ(scan.status, 0) << scan.err;
     ASSERT_EQ(tarnwick("wait --timeout 60").status, 0);
 
-    Totals expected = lstatTotals(place.path());
+    Totals expected = duTotals(place.path());
     nlohmann::json summary = json("summary '" + place.path() + "'");
     EXPECT_EQ(summary["size_bytes"], expected.allocated);
     EXPECT_EQ(summary["logical_bytes"], expected.logical);
     EXPECT_EQ(summary["item_count"], 4);
     EXPECT_EQ(summary["items"][0]["name"], "big");
-    EXPECT_EQ(summary["items"][0]["size_bytes"], lstatTotals(place / "big").allocated);
+    EXPECT_EQ(summary["items"][0]["size_bytes"], duTotals(place / "big").allocated);
 
     // Hundreds of long names still give an answer under 8 KB that says it was shortened.
     nlohmann::json many = json("summary '" + (place / "many") + "' --limit 100");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Support/DiskUsage.hpp"
 #include "Support/TempFolder.hpp"
 
 #include <gtest/gtest.h>
@@ -10,7 +11,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <set>
+#include <functional>
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -36,9 +37,18 @@ inline ProcessRun runCommand(const std::string& command, const std::string& errF
         run.out.append(buffer.data(), n);
     int status = pclose(pipe);
     run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    std::ifstream err(errFile);
-    run.err.assign(std::istreambuf_iterator<char>(err), {});
+    run.err = readFile(errFile);
     return run;
+}
+
+// Asks every tenth of a second, for at most `seconds`, until condition holds.
+inline bool eventually(const std::function<bool()>& condition, int seconds = 30)
+{
+    for (int i = 0; i < seconds * 10; ++i, usleep(100'000)) {
+        if (condition())
+            return true;
+    }
+    return condition();
 }
 
 // Drives the built executable as a user would, in a private home whose data and settings
@@ -121,27 +131,9 @@ struct Totals {
 
 // As du counts: the folder's own blocks and those of every folder below, every file once
 // however many names it has; logical sizes are the files' contents.
-inline Totals lstatTotals(const std::string& root)
+inline Totals duTotals(const std::string& folder)
 {
-    Totals totals;
-    std::set<std::pair<dev_t, ino_t>> seen;
-    struct stat info;
-    if (lstat(root.c_str(), &info) != 0)
-        return totals;
-    totals.allocated = info.st_blocks * 512;
-    if (!S_ISDIR(info.st_mode)) {
-        totals.logical = info.st_size;
-        return totals;
-    }
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
-        lstat(entry.path().c_str(), &info);
-        if (!seen.insert({ info.st_dev, info.st_ino }).second)
-            continue;
-        totals.allocated += info.st_blocks * 512;
-        if (!S_ISDIR(info.st_mode))
-            totals.logical += info.st_size;
-    }
-    return totals;
+    return { duTotal(folder), duApparentTotal(folder) - folderSizes(folder) };
 }
 
 }

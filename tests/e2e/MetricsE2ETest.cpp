@@ -23,22 +23,6 @@ namespace {
 constexpr std::int64_t GB = 1'000'000'000;
 const std::string fakeTimeLibrary = "/usr/lib/x86_64-linux-gnu/faketime/libfaketime.so.1";
 
-bool eventually(const std::function<bool()>& condition, int seconds = 30)
-{
-    for (int i = 0; i < seconds * 10; ++i) {
-        if (condition())
-            return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
-    return condition();
-}
-
-std::string fileText(const std::string& path)
-{
-    std::ifstream file(path);
-    return { std::istreambuf_iterator<char>(file), {} };
-}
-
 // A port nobody listens on now, for a server of the test's own.
 int freeLoopbackPort()
 {
@@ -177,7 +161,7 @@ TEST_F(MetricsE2E, AFailedWriteUnderFakedDatesSaysWhyAndChangesNothing)
     const std::string folder = m_home / "textfiles";
     ProcessRun written = tarnwickAtTheEnd("metrics --write '" + folder + "'");
     ASSERT_EQ(written.status, 0) << written.err;
-    const std::string good = fileText(folder + "/tarnwick.prom");
+    const std::string good = readFile(folder + "/tarnwick.prom");
     ASSERT_GT(good.size(), 2048u);
     EXPECT_NE(good.find("tarnwick_place_change_bytes{path=\"/srv/data\",volume=\"vol-a\",period=\"week\"} 140000000\n"), std::string::npos) << good;
 
@@ -185,7 +169,7 @@ TEST_F(MetricsE2E, AFailedWriteUnderFakedDatesSaysWhyAndChangesNothing)
     ProcessRun limited = tarnwickAtTheEnd("metrics --write '" + folder + "'", "prlimit --fsize=1024 --");
     EXPECT_EQ(limited.status, 1);
     EXPECT_NE(limited.err.find("Tarnwick couldn't write the metrics into " + folder + ": File too large."), std::string::npos) << limited.err;
-    EXPECT_EQ(fileText(folder + "/tarnwick.prom"), good);
+    EXPECT_EQ(readFile(folder + "/tarnwick.prom"), good);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1);
 
     // The setting still names the folder that worked.
@@ -208,8 +192,8 @@ TEST_F(MetricsE2E, NodeExporterServesTheSeriesTheAppWritesAfterAScan)
     ASSERT_EQ(tarnwick("scan '" + m_place.path() + "'").status, 0);
     ASSERT_EQ(tarnwick("wait --timeout 60").status, 0);
     const std::string sizeLine = "tarnwick_place_size_bytes{path=\"" + m_place.path() + "\"";
-    ASSERT_TRUE(eventually([&] { return fileText(folder + "/tarnwick.prom").find(sizeLine) != std::string::npos; }))
-        << fileText(folder + "/tarnwick.prom");
+    ASSERT_TRUE(eventually([&] { return readFile(folder + "/tarnwick.prom").find(sizeLine) != std::string::npos; }))
+        << readFile(folder + "/tarnwick.prom");
 
     const int port = freeLoopbackPort();
     const std::string listen = "--web.listen-address=127.0.0.1:" + std::to_string(port);
@@ -249,8 +233,8 @@ TEST_F(MetricsE2E, AStartingAppWritesTheFileBeforeAnyScan)
     ASSERT_EQ(tarnwick("add-alert / --fuller-than 99").status, 0);
 
     ASSERT_EQ(tarnwick("wait --timeout 1").status, 0);
-    EXPECT_TRUE(eventually([&] { return fileText(folder + "/tarnwick.prom").find("tarnwick_alert_exceeded{") != std::string::npos; }))
-        << fileText(folder + "/tarnwick.prom");
+    EXPECT_TRUE(eventually([&] { return readFile(folder + "/tarnwick.prom").find("tarnwick_alert_exceeded{") != std::string::npos; }))
+        << readFile(folder + "/tarnwick.prom");
 }
 
 TEST(MetricsRules, PromtoolAcceptsTheExampleRules)

@@ -32,8 +32,7 @@ protected:
     // Waits until the apps have settled (the ones that lost have ended) and the app answers.
     void waitForOneAnsweringApp()
     {
-        for (int i = 0; i < 50 && (appProcesses().size() != 1 || tarnwick("status").status != 0); ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        tarnwick::fixtures::eventually([&] { return appProcesses().size() == 1 && tarnwick("status").status == 0; }, 5);
     }
 };
 

@@ -5,8 +5,10 @@
 #include <thread>
 
 using tarnwick::fixtures::CommandLineE2E;
-using tarnwick::fixtures::lstatTotals;
+using tarnwick::fixtures::eventually;
+using tarnwick::fixtures::duTotals;
 using tarnwick::fixtures::ProcessRun;
+using tarnwick::fixtures::readFile;
 using tarnwick::fixtures::TempFolder;
 
 namespace {
@@ -24,16 +26,6 @@ protected:
         m_place.makeFile("small/notes.txt", 2'000);
     }
 
-    static bool eventually(const std::function<bool()>& condition)
-    {
-        for (int i = 0; i < 100; ++i) {
-            if (condition())
-                return true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        }
-        return false;
-    }
-
     // Scans the place in the app and waits until its snapshot is saved.
     void scanIntoHistory()
     {
@@ -47,11 +39,7 @@ protected:
         return "'" + (relative.empty() ? m_place.path() : m_place / relative) + "'";
     }
 
-    std::string settingsText()
-    {
-        std::ifstream file(m_home / "config/tarnwick/defaults.json");
-        return std::string((std::istreambuf_iterator<char>(file)), {});
-    }
+    std::string settingsText() { return readFile(m_home / "config/tarnwick/defaults.json"); }
 
     TempFolder m_place;
 };
@@ -78,7 +66,7 @@ TEST_F(SnapshotCommandsE2E, HistoryAnswersFromTheSnapshotsWithoutStartingTheApp)
     stopApps();
     ASSERT_TRUE(appProcesses().empty());
 
-    const std::int64_t allocated = lstatTotals(m_place.path()).allocated;
+    const std::int64_t allocated = duTotals(m_place.path()).allocated;
     nlohmann::json history = json("history " + quoted());
     EXPECT_EQ(history, historyInApp);
     ASSERT_EQ(history["points"].size(), 1u);
@@ -218,7 +206,7 @@ TEST_F(SnapshotCommandsE2E, TheAppNotifiesPassedLimitsOnceAndRemembersThem)
     nlohmann::json alerts = json("alerts");
     ASSERT_EQ(alerts["alerts"].size(), 3u);
     EXPECT_EQ(alerts["alerts"][0]["state"], "exceeded");
-    EXPECT_EQ(alerts["alerts"][0]["value_bytes"], lstatTotals(m_place.path()).allocated);
+    EXPECT_EQ(alerts["alerts"][0]["value_bytes"], duTotals(m_place.path()).allocated);
     EXPECT_EQ(alerts["alerts"][1]["state"], "below");
     EXPECT_EQ(alerts["exceeded_count"], 2);
     EXPECT_EQ(settingsText().find(quietID), settingsText().rfind(quietID)); // listed once: as an alert, never as notified
@@ -242,10 +230,7 @@ TEST_F(SnapshotCommandsE2E, AReadOnlyHistoryIsReadAndAFailedSaveIsTold)
     scanIntoHistory();
     stopApps();
     const std::string history = m_home / "data/tarnwick/History";
-    auto readIndex = [&] {
-        std::ifstream file(history + "/index.json");
-        return std::string((std::istreambuf_iterator<char>(file)), {});
-    };
+    auto readIndex = [&] { return readFile(history + "/index.json"); };
     const std::string indexBefore = readIndex();
 
     const std::string run = "env " + m_environment + " " + TARNWICK_EXECUTABLE + " ";
@@ -255,10 +240,7 @@ TEST_F(SnapshotCommandsE2E, AReadOnlyHistoryIsReadAndAFailedSaveIsTold)
         + run + "scan " + quoted() + " >/dev/null 2>&1; " + run + "wait --timeout 60 --json >'" + out + ".wait' 2>&1; "
         + run + "status --json >'" + out + ".status' 2>&1";
     ASSERT_EQ(tarnwick::fixtures::runShell("unshare -rm sh -c \"" + script + "\""), 0);
-    auto readOut = [&](const std::string& suffix) {
-        std::ifstream file(out + suffix);
-        return std::string((std::istreambuf_iterator<char>(file)), {});
-    };
+    auto readOut = [&](const std::string& suffix) { return readFile(out + suffix); };
 
     EXPECT_EQ(readOut(".history-status"), "0\n") << readOut(".history");
     nlohmann::json answered = nlohmann::json::parse(readOut(".history"), nullptr, false);
