@@ -22,14 +22,14 @@ std::shared_ptr<const ScanAnalysis> ScanAnalysis::make(std::shared_ptr<const Sca
     // as soon as the content map and the owners alone did, one after the other.
     auto content = std::async(std::launch::async, [tree] { return ContentMap::build(tree); });
     if (ownerPlaces) {
-        analysis->m_owners = std::make_shared<const OwnerMap>(OwnerMap::build(*tree, *ownerPlaces));
-        analysis->m_ownerBuckets = analysis->m_owners->buckets(tree);
+        analysis->m_maps.owners = std::make_shared<const OwnerMap>(OwnerMap::build(*tree, *ownerPlaces));
+        analysis->m_maps.ownerBuckets = analysis->m_maps.owners->buckets(tree);
     }
     ModeBucketMaps::Maps own = ModeBucketMaps::together(tree, boundaries, ModeBucketMaps::Visibility::with);
-    analysis->m_modified = std::move(own.modified);
-    analysis->m_created = std::move(own.created);
-    analysis->m_hidden = std::move(own.hidden);
-    analysis->m_content = content.get();
+    analysis->m_maps.modified = std::move(own.modified);
+    analysis->m_maps.created = std::move(own.created);
+    analysis->m_maps.hidden = std::move(own.hidden);
+    analysis->m_maps.content = content.get();
     analysis->makeColors();
     return analysis;
 }
@@ -39,8 +39,8 @@ std::shared_ptr<const ScanAnalysis> ScanAnalysis::redated(const DateGroup::Bound
     std::shared_ptr<ScanAnalysis> analysis(new ScanAnalysis(*this));
     analysis->m_boundaries = boundaries;
     ModeBucketMaps::Maps dates = ModeBucketMaps::together(m_tree, boundaries, ModeBucketMaps::Visibility::without);
-    analysis->m_modified = std::move(dates.modified);
-    analysis->m_created = std::move(dates.created);
+    analysis->m_maps.modified = std::move(dates.modified);
+    analysis->m_maps.created = std::move(dates.created);
     analysis->makeColors();
     return analysis;
 }
@@ -48,13 +48,13 @@ std::shared_ptr<const ScanAnalysis> ScanAnalysis::redated(const DateGroup::Bound
 void ScanAnalysis::makeColors()
 {
     for (ColorMode mode : allColorModes) {
-        ColorMap::Sources sources { m_content, m_ownerBuckets, m_boundaries, nullptr };
+        ColorMap::Sources sources { m_maps.content, m_maps.ownerBuckets, m_boundaries, nullptr };
         if (mode == ColorMode::lastModified)
-            sources.buckets = m_modified;
+            sources.buckets = m_maps.modified;
         else if (mode == ColorMode::created)
-            sources.buckets = m_created;
+            sources.buckets = m_maps.created;
         else if (mode == ColorMode::hiddenFromFinder)
-            sources.buckets = m_hidden;
+            sources.buckets = m_maps.hidden;
         m_colors[static_cast<std::size_t>(mode)] = ColorMap::make(mode, m_tree, std::move(sources));
     }
 }

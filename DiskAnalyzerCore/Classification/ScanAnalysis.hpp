@@ -5,6 +5,7 @@
 #include "Classification/ColorMode.hpp"
 #include "Classification/ContentMap.hpp"
 #include "Classification/DateGroup.hpp"
+#include "Classification/ModeMaps.hpp"
 #include "Classification/OwnerBuckets.hpp"
 #include "Classification/OwnerMap.hpp"
 
@@ -34,13 +35,14 @@ public:
 
     [[nodiscard]] const std::shared_ptr<const ScanTree>& tree() const { return m_tree; }
     [[nodiscard]] const DateGroup::Boundaries& boundaries() const { return m_boundaries; }
-    [[nodiscard]] const std::shared_ptr<const ContentMap>& content() const { return m_content; }
-    // Null without owner places.
-    [[nodiscard]] const std::shared_ptr<const OwnerMap>& owners() const { return m_owners; }
-    [[nodiscard]] const std::shared_ptr<const OwnerBuckets>& ownerBuckets() const { return m_ownerBuckets; }
-    [[nodiscard]] const std::shared_ptr<const BucketMap>& modified() const { return m_modified; }
-    [[nodiscard]] const std::shared_ptr<const BucketMap>& created() const { return m_created; }
-    [[nodiscard]] const std::shared_ptr<const BucketMap>& hidden() const { return m_hidden; }
+    // Every map; owners and ownerBuckets are null without owner places.
+    [[nodiscard]] const ModeMaps& maps() const { return m_maps; }
+    [[nodiscard]] const std::shared_ptr<const ContentMap>& content() const { return m_maps.content; }
+    [[nodiscard]] const std::shared_ptr<const OwnerMap>& owners() const { return m_maps.owners; }
+    [[nodiscard]] const std::shared_ptr<const OwnerBuckets>& ownerBuckets() const { return m_maps.ownerBuckets; }
+    [[nodiscard]] const std::shared_ptr<const BucketMap>& modified() const { return m_maps.modified; }
+    [[nodiscard]] const std::shared_ptr<const BucketMap>& created() const { return m_maps.created; }
+    [[nodiscard]] const std::shared_ptr<const BucketMap>& hidden() const { return m_maps.hidden; }
     [[nodiscard]] const std::shared_ptr<const ColorMap>& colors(ColorMode mode) const { return m_colors[static_cast<std::size_t>(mode)]; }
 
 private:
@@ -49,12 +51,7 @@ private:
 
     std::shared_ptr<const ScanTree> m_tree;
     DateGroup::Boundaries m_boundaries;
-    std::shared_ptr<const ContentMap> m_content;
-    std::shared_ptr<const OwnerMap> m_owners;
-    std::shared_ptr<const OwnerBuckets> m_ownerBuckets;
-    std::shared_ptr<const BucketMap> m_modified;
-    std::shared_ptr<const BucketMap> m_created;
-    std::shared_ptr<const BucketMap> m_hidden;
+    ModeMaps m_maps;
     std::array<std::shared_ptr<const ColorMap>, allColorModes.size()> m_colors;
 };
 

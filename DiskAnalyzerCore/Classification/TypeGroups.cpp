@@ -11,11 +11,6 @@
 
 namespace tarnwick::TypeGroups {
 
-Maps Maps::of(const ScanAnalysis& analysis)
-{
-    return Maps { analysis.content(), analysis.owners(), analysis.ownerBuckets(), analysis.modified(), analysis.created(), analysis.hidden() };
-}
-
 namespace {
 
 constexpr std::int64_t extremeFloor = 10'000'000; // the size snapshots keep folders from

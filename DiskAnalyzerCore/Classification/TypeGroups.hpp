@@ -3,7 +3,7 @@
 #include "Classification/ColorMode.hpp"
 #include "Classification/ContentMap.hpp"
 #include "Classification/OwnerMap.hpp"
-#include "Classification/ScanAnalysis.hpp"
+#include "Classification/ModeMaps.hpp"
 #include "Scanning/ScanTree.hpp"
 
 #include <cstdint>
@@ -37,19 +37,10 @@ struct Group {
     std::vector<Place> apps;
 };
 
-// The maps a tree's modes are read from: a finished scan's come from its analysis; for a tree
-// without one (a snapshot's, a running scan's preview) what is missing is made when a mode
-// needs it, date groups by today's calendar, and kept for the next question.
-struct Maps {
-    std::shared_ptr<const ContentMap> content;
-    std::shared_ptr<const OwnerMap> owners;
-    std::shared_ptr<const OwnerBuckets> ownerBuckets;
-    std::shared_ptr<const BucketMap> modified;
-    std::shared_ptr<const BucketMap> created;
-    std::shared_ptr<const BucketMap> hidden;
-
-    static Maps of(const ScanAnalysis& analysis);
-};
+// The maps a tree's modes are read from; for a tree without them all (a snapshot's, a running
+// scan's preview) what is missing is made when a mode needs it, date groups by today's
+// calendar, and kept for the next question.
+using Maps = ModeMaps;
 
 // Groups with bytes, largest first (equal ones in the legend's order). Absent when the tree
 // has no data for the mode; the ratio mode has no groups and gives none.

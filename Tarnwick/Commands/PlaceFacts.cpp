@@ -32,7 +32,7 @@ std::vector<TypeGroups::Ratio> notable(const std::vector<TypeGroups::Ratio>& ext
 PlaceFacts PlaceFacts::make(const std::shared_ptr<const ScanTree>& tree, NodeID place, const ScanAnalysis* analysis)
 {
     PlaceFacts facts;
-    TypeGroups::Maps maps = analysis ? TypeGroups::Maps::of(*analysis) : TypeGroups::Maps {};
+    TypeGroups::Maps maps = analysis ? analysis->maps() : TypeGroups::Maps {};
     if (analysis) {
         if (auto owners = TypeGroups::groups(tree, place, ColorMode::owner, maps)) {
             facts.owners.emplace();

@@ -39,7 +39,7 @@ std::expected<TypesSource, AgentResult> sourceFor(const Request& request, const 
     if (context.tree) {
         for (const std::string& form : HistoryPlaces::pathForms(path)) {
             if (auto node = context.tree->node(form))
-                return TypesSource { context.tree, *node, context.analysis ? TypeGroups::Maps::of(*context.analysis) : TypeGroups::Maps {},
+                return TypesSource { context.tree, *node, context.analysis ? context.analysis->maps() : TypeGroups::Maps {},
                     std::nullopt, true };
         }
     }
