@@ -7,9 +7,15 @@
 #include "Answers/AnswerRenderer.hpp"
 #include "Answers/ChangesAnswer.hpp"
 #include "Answers/DisksAnswer.hpp"
+#include "Answers/FindAnswer.hpp"
 #include "Answers/HistoryAnswer.hpp"
 #include "Answers/MetricsAnswer.hpp"
+#include "Answers/ScanAnswer.hpp"
+#include "Answers/ShowAnswer.hpp"
+#include "Answers/StatusAnswer.hpp"
+#include "Answers/SummaryAnswer.hpp"
 #include "Answers/TypesAnswer.hpp"
+#include "Agent/AgentErrorCode.hpp"
 
 #include <gtest/gtest.h>
 
@@ -120,6 +126,32 @@ AlertsRemovedAnswer removedAbout(const std::string& name, std::size_t count)
     return answer;
 }
 
+SummaryAnswer::Item summaryItem(const std::string& name, std::int64_t bytes)
+{
+    return SummaryAnswer::Item { .name = name, .path = "/place/" + name, .kind = NodeKind::file, .allocated = bytes, .logical = bytes };
+}
+
+SummaryAnswer summaryAbout(const std::string& name)
+{
+    SummaryAnswer answer { .path = name, .allocated = 5'000, .logical = 5'000, .childCount = 2 };
+    answer.contentTypes = std::vector<ContentShare> { { ContentCategory::video, 4'000 } };
+    answer.facts.owners = std::vector<PlaceFacts::Share> { { "org.example.app", "Example " + name.substr(0, 300), 4'000 } };
+    answer.facts.lowest = { TypeGroups::Ratio { "/place/sparse", 10, 4'000, 0.0025 } };
+    answer.items = { summaryItem(name, 4'000), summaryItem("b", 1'000) };
+    answer.items[0].hardLinkNote = "also at " + name;
+    answer.items[0].hardLinkCountedAt = name;
+    return answer;
+}
+
+// The paths find lists are its answer, whole or not at all; the place below which it looked
+// and a hard link's other place are what it repeats.
+FindAnswer foundBelow(const std::string& name)
+{
+    FindAnswer answer { .below = name, .matchCount = 1, .matchedBytes = 10 };
+    answer.items = { FindAnswer::Item { .path = "/place/found", .allocated = 10, .hardLinkNote = "also at " + name, .hardLinkCountedAt = name } };
+    return answer;
+}
+
 // One command's answer about a place named `name`, rendered, and the lists of its JSON that
 // must hold something: a list emptied to make room for a path would hide a path left whole.
 struct Case {
@@ -131,6 +163,20 @@ struct Case {
 const std::vector<Case>& everyAnswer()
 {
     static const std::vector<Case> cases {
+        { "status",
+            [](const std::string& name) {
+                return AnswerRenderer::rendered(StatusAnswer { .scanning = StatusAnswer::Scanning { name, 5, name },
+                    .scanned = StatusAnswer::Scanned { .root = name, .openFolder = name, .selection = name } });
+            },
+            {} },
+        { "scan", [](const std::string& name) { return AnswerRenderer::rendered(ScanAnswer { name, ScanAnswer::Action::opened, WindowPresence::none }); }, {} },
+        { "show",
+            [](const std::string& name) {
+                return AnswerRenderer::rendered(ShowAnswer { name, false, ColorMode::contentType, true, WindowPresence::inFront });
+            },
+            {} },
+        { "summary", [](const std::string& name) { return AnswerRenderer::rendered(summaryAbout(name)); }, { "items", "owners", "ratio_lowest" } },
+        { "find", [](const std::string& name) { return AnswerRenderer::rendered(foundBelow(name)); }, { "items" } },
         { "history", [](const std::string& name) { return AnswerRenderer::rendered(historyAbout(name, 3)); }, { "points", "disk/available_by_day" } },
         { "changes", [](const std::string& name) { return AnswerRenderer::rendered(changesAbout(name, 2)); },
             { "inside", "grew_most", "read_by_one_scan" } },
@@ -362,4 +408,56 @@ TEST(AnswerRenderer, FailuresPassThroughAsTheyAre)
     AgentResult failure = AgentResult::failure("NO_HISTORY", "Tarnwick keeps no history here.");
     EXPECT_EQ(AnswerRenderer::rendered(Answered<ChangesAnswer>(std::unexpected(failure))), failure);
     EXPECT_EQ(AnswerRenderer::rendered(Answered<TypesAnswer>(std::unexpected(failure))), failure);
+}
+
+// A summary that lists fewer items than asked, to fit, counts the rest as other items: the
+// items shown and the others still add up to the folder, and the text lists the same ones.
+TEST(AnswerRenderer, ASummaryShrunkToFitKeepsItsItemsAddingUp)
+{
+    SummaryAnswer answer { .path = "/place", .otherCount = 7, .otherAllocated = 700 };
+    for (int i = 0; i < 400; ++i)
+        answer.items.push_back(summaryItem(std::string(150, static_cast<char>('a' + i % 26)) + std::to_string(i), 1'000 + i));
+    answer.childCount = static_cast<std::int64_t>(answer.items.size()) + answer.otherCount;
+    AgentResult result = AnswerRenderer::rendered(answer);
+    ASSERT_FALSE(result.isError);
+    EXPECT_TRUE(result.fits());
+    EXPECT_TRUE(*at(*result.structured, "shrunk_to_fit")->boolValue());
+    std::size_t shown = listSize(result, "items");
+    ASSERT_GT(shown, 0U);
+    ASSERT_LT(shown, answer.items.size());
+    std::int64_t shownBytes = 0;
+    for (const JSONValue& item : *at(*result.structured, "items")->arrayValue())
+        shownBytes += *item.member("size_bytes")->intValue();
+    std::int64_t allBytes = answer.otherAllocated;
+    for (const SummaryAnswer::Item& item : answer.items)
+        allBytes += item.allocated;
+    EXPECT_EQ(static_cast<std::int64_t>(shown) + *at(*result.structured, "other_items/count")->intValue(), answer.childCount);
+    EXPECT_EQ(shownBytes + *at(*result.structured, "other_items/size_bytes")->intValue(), allBytes);
+    EXPECT_NE(result.text.find("\n" + std::to_string(shown) + ". "), std::string::npos);
+    EXPECT_EQ(result.text.find("\n" + std::to_string(shown + 1) + ". "), std::string::npos);
+    EXPECT_NE(result.text.find("Listed " + std::to_string(shown) + " items to fit 8 KB"), std::string::npos);
+}
+
+// A page of find shrunk to fit points on from where it stopped, in its text and its JSON
+// alike, so the next page misses nothing and repeats nothing; a page that cannot hold even
+// its first path says so instead of pointing to itself.
+TEST(AnswerRenderer, FindPagesOnFromWhereItStopped)
+{
+    FindAnswer answer { .below = "/place", .matchCount = 1'000, .matchedBytes = 1'000, .start = 40 };
+    for (int i = 0; i < 300; ++i)
+        answer.items.push_back(FindAnswer::Item { .path = "/place/" + std::string(120, 'f') + std::to_string(i), .allocated = 1 });
+    AgentResult result = AnswerRenderer::rendered(answer);
+    ASSERT_FALSE(result.isError);
+    std::size_t shown = listSize(result, "items");
+    ASSERT_GT(shown, 0U);
+    ASSERT_LT(shown, answer.items.size());
+    std::string next = std::to_string(40 + shown);
+    EXPECT_EQ(*at(*result.structured, "next_cursor")->stringValue(), next);
+    EXPECT_NE(result.text.find("More with --cursor " + next + "."), std::string::npos);
+    EXPECT_EQ(*at(*result.structured, "items/" + std::to_string(shown - 1) + "/path")->stringValue(), answer.items[shown - 1].path);
+
+    answer.items = { FindAnswer::Item { .path = "/" + std::string(9'000, 'x'), .allocated = 1 } };
+    AgentResult tooLong = AnswerRenderer::rendered(answer);
+    EXPECT_EQ(tooLong.errorCode(), std::string(AgentErrorCode::outputTooLarge));
+    EXPECT_NE(tooLong.text.find(OutputLimit::findPathTooLong), std::string::npos);
 }
