@@ -315,6 +315,15 @@ void MainWindow::buildMenus()
         if (m_model.result() && !m_model.runningScan())
             m_model.open(NodeID::root());
     });
+    // The days the history keeps of the place on screen, as the sidebar last read them.
+    go->addSeparator();
+    m_savedDays = go->addMenu(ViewTexts::savedDays);
+    connect(m_savedDays, &QMenu::aboutToShow, this, [this] {
+        m_savedDays->clear();
+        const auto& result = m_model.result();
+        if (!result || !m_sidebar->addSavedDays(*m_savedDays, result->scope.scanRoot))
+            m_savedDays->addAction(ViewTexts::noSavedDays)->setEnabled(false);
+    });
 
     QMenu* help = menuBar()->addMenu(ViewTexts::helpMenu);
     help->addAction(ViewTexts::commandLineHelp, QKeySequence::HelpContents, this, [this] {

@@ -71,6 +71,7 @@ public:
     [[nodiscard]] InspectorView* inspector() const { return m_inspector; }
     [[nodiscard]] MapLegend* legend() const { return m_legend; }
     [[nodiscard]] SourceSidebar* sidebar() const { return m_sidebar; }
+    [[nodiscard]] QMenu* savedDaysMenu() const { return m_savedDays; }
     [[nodiscard]] HistoryFeed& history() const { return *m_history; }
     // What the status bar says of the history: empty while all is well.
     [[nodiscard]] QString historyProblem() const;
@@ -174,6 +175,7 @@ private:
     FileManagerLink* m_fileManager;
     SearchPane* m_search;
     NodeID m_searchRoot;
+    QMenu* m_savedDays = nullptr;
     QAction* m_home = nullptr;
     QAction* m_showUnreadable = nullptr;
     QLabel* m_historyProblem; // a failed save or a rebuilt index, in the status bar

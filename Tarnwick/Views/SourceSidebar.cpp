@@ -19,6 +19,8 @@
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
+#include <memory>
+
 
 namespace tarnwick {
 
@@ -341,24 +343,27 @@ void SourceSidebar::showMenu(const QPoint& position)
     }
     if (kind == Kind::disk)
         menu.addAction(ViewTexts::freeSpaceOverTime, this, [this, path] { Q_EMIT freeSpaceRequested(QString::fromStdString(path)); });
-    if (kind != Kind::section)
-        addSavedDays(menu, path);
+    if (kind != Kind::section) {
+        auto days = std::make_unique<QMenu>(ViewTexts::savedDays, &menu);
+        if (addSavedDays(*days, path))
+            menu.addMenu(days.release());
+    }
     if (!menu.isEmpty())
         menu.exec(m_list->viewport()->mapToGlobal(position));
 }
 
-void SourceSidebar::addSavedDays(QMenu& menu, const std::string& path)
+bool SourceSidebar::addSavedDays(QMenu& menu, const std::string& path)
 {
     auto found = m_listing.savedDays.find(ScopeResolver::realPath(path));
     if (found == m_listing.savedDays.end() || found->second.empty())
-        return;
-    QMenu* days = menu.addMenu(ViewTexts::savedDays);
+        return false;
     QString place = QString::fromStdString(found->first);
     for (const SavedDay& day : found->second) {
         std::int64_t id = day.id;
-        days->addAction(ViewFormat::date(day.date) + QStringLiteral(" · ") + ViewFormat::size(day.total), this,
+        menu.addAction(ViewFormat::date(day.date) + QStringLiteral(" · ") + ViewFormat::size(day.total), this,
             [this, place, id] { Q_EMIT savedDayRequested(place, id); });
     }
+    return true;
 }
 
 }

@@ -50,6 +50,9 @@ public:
     void refresh();
     // Marks the source whose path is being shown.
     void setCurrentPath(const std::string& path);
+    // Adds the days the history keeps of path, newest first, as last read; false when none.
+    // Choosing one asks for it with savedDayRequested.
+    bool addSavedDays(QMenu& menu, const std::string& path);
     // As last read; empty until the first reading is in.
     [[nodiscard]] const std::vector<Source>& sources() const { return m_listing.sources; }
     [[nodiscard]] QListWidget* list() const { return m_list; }
@@ -79,8 +82,6 @@ private:
     void addSource(const Source& source);
     void showMenu(const QPoint& position);
     void chosen(QListWidgetItem* item);
-    // The days the history keeps of path, newest first, as a menu of their own.
-    void addSavedDays(QMenu& menu, const std::string& path);
 
     Places m_places;
     Favorites& m_favorites;

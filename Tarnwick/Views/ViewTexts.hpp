@@ -65,6 +65,7 @@ inline const QString restDetail = QStringLiteral("Files and folders not listed o
 
 // A saved day of a place's history, on the map.
 inline const QString savedDays = QStringLiteral("Saved Days");
+inline const QString noSavedDays = QStringLiteral("No Saved Days of This Place");
 inline const QString compareWithNow = QStringLiteral("Compare with Now");
 inline const QString savedDayLoading = QStringLiteral("Reading the saved day…");
 inline const QString savedDayUnreadable = QStringLiteral("This saved day can no longer be read");

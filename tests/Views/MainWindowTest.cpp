@@ -15,6 +15,7 @@
 #include "Views/InspectorView.hpp"
 #include "Views/ListPane.hpp"
 #include "Views/MainWindow.hpp"
+#include "Views/SavedDayWindow.hpp"
 #include "Views/SearchPane.hpp"
 #include "Views/MapLegend.hpp"
 #include "Views/MapPalette.hpp"
@@ -554,6 +555,25 @@ TEST_F(MainWindowTest, MenuActionsAndKeysDriveTheModel)
     EXPECT_TRUE(waitFor([&] { return listed(SourceSidebar::Kind::favorite, photos); }));
     itemAction(*menu, ViewTexts::scanThisFolder)->trigger();
     ASSERT_TRUE(waitFor([&] { return !model->runningScan() && model->result() && model->result()->tree->rootPath() == photos; }));
+}
+
+// The days the history keeps of the place on screen are in the Go menu too, not only in the
+// sidebar's menu of that place.
+TEST_F(MainWindowTest, TheGoMenuOpensTheSavedDaysOfThePlaceOnScreen)
+{
+    scan();
+    QMenu* days = window->savedDaysMenu();
+    Q_EMIT days->aboutToShow();
+    ASSERT_EQ(days->actions().size(), 1);
+    EXPECT_FALSE(days->actions().front()->isEnabled());
+
+    ASSERT_TRUE(history->save(HistorySource { ScopeResolver::realPath(scanned.path()), "dev:8:1" }, testing::tinySnapshot()).has_value());
+    ASSERT_TRUE(waitFor([&] {
+        Q_EMIT days->aboutToShow();
+        return !days->actions().empty() && days->actions().front()->isEnabled();
+    }));
+    days->actions().front()->trigger();
+    EXPECT_TRUE(waitFor([&] { return !window->findChildren<SavedDayWindow*>().empty(); }));
 }
 
 }
