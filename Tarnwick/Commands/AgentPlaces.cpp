@@ -71,24 +71,6 @@ std::expected<NodeID, AgentResult> scannedNode(const ScanView& view, const std::
     return std::unexpected(AgentResult::failure(AgentErrorCode::notScanned, AgentMessages::notInScan(*path, tree.rootPath())));
 }
 
-std::optional<AgentResult> unscannable(const std::string& path)
-{
-    struct stat status;
-    if (::stat(path.c_str(), &status) != 0) {
-        if (errno == EACCES)
-            return AgentResult::failure(AgentErrorCode::noAccess, AgentMessages::noPermission(path, "search (x) permission on a folder above it", nullptr));
-        return AgentResult::failure(AgentErrorCode::invalidPath, AgentMessages::noSuchPlace(path));
-    }
-    if (!S_ISDIR(status.st_mode))
-        return AgentResult::failure(AgentErrorCode::invalidPath, AgentMessages::notAFolder(path));
-    if (::access(path.c_str(), R_OK | X_OK) != 0) {
-        bool readable = ::access(path.c_str(), R_OK) == 0;
-        std::string missing = readable ? "search (x) permission on it" : "read (r) permission on it";
-        return AgentResult::failure(AgentErrorCode::noAccess, AgentMessages::noPermission(path, missing, &status));
-    }
-    return std::nullopt;
-}
-
 std::optional<std::string> argument(const std::map<std::string, std::string>& arguments, const std::string& key)
 {
     auto found = arguments.find(key);

@@ -18,9 +18,6 @@ std::expected<ScanView, AgentResult> scanView(const AppModel& model);
 // The scanned node at a path argument; without one, the folder open in the app.
 std::expected<NodeID, AgentResult> scannedNode(const ScanView& view, const std::optional<std::string>& argument);
 std::expected<NodeID, AgentResult> scannedNode(const AppModel& model, const std::optional<std::string>& argument);
-// Why a place cannot be scanned, as the answer to give: it doesn't exist, it is a file (a
-// scan starts at a folder or a disk), or this user lacks the permission to list it.
-std::optional<AgentResult> unscannable(const std::string& path);
 std::optional<std::string> argument(const std::map<std::string, std::string>& arguments, const std::string& key);
 // An integer option the parser already checked, or its default.
 long long integer(const std::map<std::string, std::string>& arguments, const std::string& key, long long fallback);

@@ -60,22 +60,10 @@ Answered<ScanAnswer> scan(AppModel& model, const AgentCommands::Request& request
     auto path = AgentPlaces::expand(AgentPlaces::argument(request.arguments, "path").value_or(""));
     if (!path)
         return std::unexpected(path.error());
-    // A place inside a finished scan is opened rather than scanned again.
-    if (const auto& result = model.result(); result && !model.runningScan()) {
-        if (auto node = result->tree->node(ScopeResolver::realPath(*path)); node && isContainer(result->tree->kind(*node))) {
-            model.open(*node);
-            return ScanAnswer { *path, ScanAnswer::Action::opened };
-        }
-    }
-    if (std::optional<AgentResult> refused = AgentPlaces::unscannable(*path))
-        return std::unexpected(*refused);
-    auto scope = ScopeResolver::resolve(*path);
-    if (!scope) {
-        return std::unexpected(AgentResult::failure(AgentErrorCode::invalidPath,
-            AgentMessages::unresolvable(*path, scope.error().title(), scope.error().detail())));
-    }
-    model.scan(*scope);
-    return ScanAnswer { ScopeResolver::displayPath(scope->scanRoot), ScanAnswer::Action::started };
+    auto chosen = model.choose(*path);
+    if (!chosen)
+        return std::unexpected(chosen.error());
+    return ScanAnswer { chosen->path, chosen->opened ? ScanAnswer::Action::opened : ScanAnswer::Action::started };
 }
 
 Answered<ScanAnswer> rescan(AppModel& model)

@@ -1,5 +1,10 @@
 #include "AppModel.hpp"
 
+#include "Agent/AgentErrorCode.hpp"
+#include "AgentMessages.hpp"
+#include "PlaceAccess.hpp"
+#include "Scanning/ScopeResolver.hpp"
+
 #include "Classification/InstalledOwners.hpp"
 #include "Classification/TimeZone.hpp"
 
@@ -33,6 +38,26 @@ AppModel::~AppModel()
     m_dayCheck.reset();
     m_coordinator.cancel();
     m_coordinator.waitUntilIdle();
+}
+
+std::expected<AppModel::Choice, AgentResult> AppModel::choose(const std::string& chosen)
+{
+    if (chosen.empty() || chosen.front() != '/')
+        return std::unexpected(AgentResult::failure(AgentErrorCode::invalidPath, AgentMessages::notAbsolute(chosen)));
+    std::string path = ScopeResolver::standardizedPath(chosen);
+    if (m_result && !m_running) {
+        if (auto node = m_result->tree->node(ScopeResolver::realPath(path)); node && isContainer(m_result->tree->kind(*node))) {
+            open(*node);
+            return Choice { path, true };
+        }
+    }
+    if (std::optional<AgentResult> refused = PlaceAccess::refusal(path))
+        return std::unexpected(*refused);
+    auto scope = ScopeResolver::resolve(path);
+    if (!scope)
+        return std::unexpected(AgentResult::failure(AgentErrorCode::invalidPath, AgentMessages::unresolvable(path, scope.error().title(), scope.error().detail())));
+    scan(*scope);
+    return Choice { ScopeResolver::displayPath(scope->scanRoot), false };
 }
 
 void AppModel::scan(const ScanScope& scope)

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "Agent/AgentResult.hpp"
 #include "BackgroundWorker.hpp"
 #include "Classification/ColorMode.hpp"
 #include "Classification/ScanAnalysis.hpp"
 #include "Scanning/ScanCoordinator.hpp"
 #include "Scanning/ScanScope.hpp"
 
+#include <expected>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -44,6 +46,17 @@ public:
     explicit AppModel(MainExecutor& executor, FileScanner::Hooks hooks = {});
     ~AppModel();
 
+    // What choosing a place did: opened it in the finished scan that holds it, or started a
+    // scan of it (path is then the scan's root as shown).
+    struct Choice {
+        std::string path;
+        bool opened = false;
+    };
+
+    // The window's choice of a place and the scan command alike: a folder inside the finished
+    // scan on screen is opened there; anything else must exist, be a folder and be readable,
+    // and is scanned. A path that isn't absolute is refused.
+    std::expected<Choice, AgentResult> choose(const std::string& path);
     // Starts scanning, superseding a running scan.
     void scan(const ScanScope& scope);
     // Scans the current location again, remembering its size before.

@@ -1,6 +1,5 @@
 #include "MainWindow.hpp"
 
-#include "AppCommands.hpp"
 #include "AppModel.hpp"
 #include "Breadcrumb.hpp"
 #include "ChangesPane.hpp"
@@ -442,11 +441,10 @@ bool MainWindow::isBusy() const
 
 bool MainWindow::choose(const QString& path)
 {
-    AgentCommands::Request request { "scan", { { "path", path.toStdString() } }, false };
-    Answered<ScanAnswer> scanned = AppCommands::scan(m_model, request);
-    if (!scanned) {
-        m_start->setFailure(QString::fromStdString(scanned.error().text));
-        statusBar()->showMessage(QString::fromStdString(scanned.error().text), 8000);
+    auto chosen = m_model.choose(path.toStdString());
+    if (!chosen) {
+        m_start->setFailure(QString::fromStdString(chosen.error().text));
+        statusBar()->showMessage(QString::fromStdString(chosen.error().text), 8000);
         return false;
     }
     return true;
