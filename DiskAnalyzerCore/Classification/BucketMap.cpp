@@ -99,14 +99,14 @@ void BucketMap::addUncovered(NodeID folder, std::int64_t uncovered, std::int64_t
 
 std::shared_ptr<const BucketMap> BucketMap::build(std::shared_ptr<const ScanTree> tree, int width, int unknown, Input input)
 {
-    std::vector<Spec> specs;
-    specs.push_back(Spec { width, unknown, std::move(input) });
-    return buildTogether(std::move(tree), std::move(specs)).front();
+    std::vector<Plan> plans;
+    plans.push_back(Plan { width, unknown, std::move(input) });
+    return buildTogether(std::move(tree), std::move(plans)).front();
 }
 
-std::vector<std::shared_ptr<const BucketMap>> BucketMap::buildTogether(std::shared_ptr<const ScanTree> tree, std::vector<Spec> specs)
+std::vector<std::shared_ptr<const BucketMap>> BucketMap::buildTogether(std::shared_ptr<const ScanTree> tree, std::vector<Plan> plans)
 {
-    std::vector<std::shared_ptr<const BucketMap>> result(specs.size());
+    std::vector<std::shared_ptr<const BucketMap>> result(plans.size());
     if (!tree)
         return result;
     const auto n = static_cast<std::size_t>(std::max(tree->count(), 0));
@@ -115,26 +115,26 @@ std::vector<std::shared_ptr<const BucketMap>> BucketMap::buildTogether(std::shar
     std::vector<std::size_t> offsets;
     std::vector<std::int64_t> retentionBytes;
     std::size_t stride = 0;
-    for (std::size_t k = 0; k < specs.size(); ++k) {
-        Spec& spec = specs[k];
-        if (spec.width < 1 || spec.width >= 255 || spec.unknown < 0 || spec.unknown >= spec.width)
+    for (std::size_t k = 0; k < plans.size(); ++k) {
+        Plan& plan = plans[k];
+        if (plan.width < 1 || plan.width >= 255 || plan.unknown < 0 || plan.unknown >= plan.width)
             continue;
-        if (spec.input.categories.size() != n || spec.input.fallbacks.size() != n)
+        if (plan.input.categories.size() != n || plan.input.fallbacks.size() != n)
             continue;
         std::shared_ptr<BucketMap> map(new BucketMap());
         map->m_tree = tree;
         map->m_nodeCount = static_cast<std::int32_t>(n);
-        map->m_width = spec.width;
-        map->m_unknown = spec.unknown;
-        map->m_categories = std::move(spec.input.categories);
-        map->m_fallbacks = std::move(spec.input.fallbacks);
-        map->m_storedTotals = std::move(spec.input.storedTotals);
-        map->m_rests = std::move(spec.input.rests);
+        map->m_width = plan.width;
+        map->m_unknown = plan.unknown;
+        map->m_categories = std::move(plan.input.categories);
+        map->m_fallbacks = std::move(plan.input.fallbacks);
+        map->m_storedTotals = std::move(plan.input.storedTotals);
+        map->m_rests = std::move(plan.input.rests);
         result[k] = map;
         maps.push_back(std::move(map));
         offsets.push_back(stride);
-        retentionBytes.push_back(spec.input.retentionBytes);
-        stride += static_cast<std::size_t>(spec.width);
+        retentionBytes.push_back(plan.input.retentionBytes);
+        stride += static_cast<std::size_t>(plan.width);
     }
     if (maps.empty())
         return result;

@@ -43,15 +43,15 @@ public:
     // arrays do not hold one entry per node; callers then show unknown.
     static std::shared_ptr<const BucketMap> build(std::shared_ptr<const ScanTree> tree, int width, int unknown, Input input);
 
-    struct Spec {
+    struct Plan {
         int width = 0;
         int unknown = 0;
         Input input;
     };
     // Several maps of one tree in one pass, each as build() makes it, in the order of the
-    // specs (null for a spec build() would refuse). The pass's cost is in reaching each
+    // plans (null for a plan build() would refuse). The pass's cost is in reaching each
     // node's parent row, which it does once for all of them.
-    static std::vector<std::shared_ptr<const BucketMap>> buildTogether(std::shared_ptr<const ScanTree> tree, std::vector<Spec> specs);
+    static std::vector<std::shared_ptr<const BucketMap>> buildTogether(std::shared_ptr<const ScanTree> tree, std::vector<Plan> plans);
 
     [[nodiscard]] std::int32_t nodeCount() const { return m_nodeCount; }
     [[nodiscard]] int width() const { return m_width; }

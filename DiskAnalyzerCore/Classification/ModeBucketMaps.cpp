@@ -9,17 +9,17 @@ namespace tarnwick::ModeBucketMaps {
 
 namespace {
 
-BucketMap::Spec ownValues(const ScanTree& tree, int width, int unknown, std::vector<std::uint8_t> values, RestMode restMode)
+BucketMap::Plan ownValues(const ScanTree& tree, int width, int unknown, std::vector<std::uint8_t> values, RestMode restMode)
 {
-    BucketMap::Spec spec { width, unknown, {} };
-    spec.input.fallbacks = values;
-    spec.input.categories = std::move(values);
+    BucketMap::Plan plan { width, unknown, {} };
+    plan.input.fallbacks = values;
+    plan.input.categories = std::move(values);
     if (const std::shared_ptr<const RestBuckets>& rests = tree.rests())
-        spec.input.rests = rests->shares(restMode);
-    return spec;
+        plan.input.rests = rests->shares(restMode);
+    return plan;
 }
 
-BucketMap::Spec dateSpec(const ScanTree& tree, DateKind kind, const DateGroup::Boundaries& boundaries)
+BucketMap::Plan datePlan(const ScanTree& tree, DateKind kind, const DateGroup::Boundaries& boundaries)
 {
     std::span<const std::int32_t> seconds = kind == DateKind::modified ? tree.modifiedSeconds() : tree.createdSeconds();
     std::vector<std::uint8_t> groups(seconds.size());
@@ -31,7 +31,7 @@ BucketMap::Spec dateSpec(const ScanTree& tree, DateKind kind, const DateGroup::B
     return ownValues(tree, dateWidth, noDateBucket, std::move(groups), restMode);
 }
 
-BucketMap::Spec hiddenSpec(const ScanTree& tree)
+BucketMap::Plan hiddenPlan(const ScanTree& tree)
 {
     const auto count = static_cast<std::size_t>(std::max(tree.count(), 0));
     std::vector<std::uint8_t> visibility(count, visibleBucket);
@@ -48,28 +48,28 @@ std::shared_ptr<const BucketMap> dates(std::shared_ptr<const ScanTree> tree, Dat
 {
     if (!tree)
         return nullptr;
-    BucketMap::Spec spec = dateSpec(*tree, kind, boundaries);
-    return BucketMap::build(std::move(tree), spec.width, spec.unknown, std::move(spec.input));
+    BucketMap::Plan plan = datePlan(*tree, kind, boundaries);
+    return BucketMap::build(std::move(tree), plan.width, plan.unknown, std::move(plan.input));
 }
 
 std::shared_ptr<const BucketMap> hidden(std::shared_ptr<const ScanTree> tree)
 {
     if (!tree)
         return nullptr;
-    BucketMap::Spec spec = hiddenSpec(*tree);
-    return BucketMap::build(std::move(tree), spec.width, spec.unknown, std::move(spec.input));
+    BucketMap::Plan plan = hiddenPlan(*tree);
+    return BucketMap::build(std::move(tree), plan.width, plan.unknown, std::move(plan.input));
 }
 
 Maps together(std::shared_ptr<const ScanTree> tree, const DateGroup::Boundaries& boundaries, Visibility visibility)
 {
     if (!tree)
         return {};
-    std::vector<BucketMap::Spec> specs;
-    specs.push_back(dateSpec(*tree, DateKind::modified, boundaries));
-    specs.push_back(dateSpec(*tree, DateKind::created, boundaries));
+    std::vector<BucketMap::Plan> plans;
+    plans.push_back(datePlan(*tree, DateKind::modified, boundaries));
+    plans.push_back(datePlan(*tree, DateKind::created, boundaries));
     if (visibility == Visibility::with)
-        specs.push_back(hiddenSpec(*tree));
-    std::vector<std::shared_ptr<const BucketMap>> made = BucketMap::buildTogether(std::move(tree), std::move(specs));
+        plans.push_back(hiddenPlan(*tree));
+    std::vector<std::shared_ptr<const BucketMap>> made = BucketMap::buildTogether(std::move(tree), std::move(plans));
     return Maps { made[0], made[1], made.size() > 2 ? made[2] : nullptr };
 }
 

@@ -11,7 +11,7 @@ using tarnwick::testing::TreeFixture;
 
 namespace {
 
-struct FileSpec {
+struct TestFile {
     std::string path;
     std::int64_t bytes;
     std::uint8_t bucket;
@@ -24,11 +24,11 @@ struct Fixture {
     std::vector<std::uint8_t> categories;
     std::vector<std::uint8_t> fallbacks;
 
-    explicit Fixture(const std::vector<FileSpec>& files, const std::vector<std::pair<std::string, std::int64_t>>& uncovered = {},
+    explicit Fixture(const std::vector<TestFile>& files, const std::vector<std::pair<std::string, std::int64_t>>& uncovered = {},
         std::uint8_t fallback = 0)
     {
         std::vector<std::pair<NodeID, std::uint8_t>> buckets;
-        for (const FileSpec& file : files) {
+        for (const TestFile& file : files) {
             NodeID id = tree.add(file.path, file.bytes);
             buckets.emplace_back(id, file.bucket);
         }
@@ -86,7 +86,7 @@ TEST(BucketMap, DominantBucketNeedsHalfTheBytes)
         { { 0, 0, 0 }, std::nullopt }, // nothing to weigh
     };
     for (const Case& c : cases) {
-        std::vector<FileSpec> files;
+        std::vector<TestFile> files;
         for (std::uint8_t b = 0; b < 3; ++b)
             files.push_back({ "f/file" + std::to_string(b), c.bytes[b], b });
         Fixture fixture(files);
@@ -264,8 +264,8 @@ TEST(BucketMap, MapsBuiltTogetherAreEachAsBuiltAlone)
             byte = byte == BucketMap::noBucket ? byte : static_cast<std::uint8_t>((byte + by) % width);
         return bytes;
     };
-    auto specs = [&] {
-        std::vector<BucketMap::Spec> made;
+    auto plans = [&] {
+        std::vector<BucketMap::Plan> made;
         made.push_back({ 3, 0, { fixture.categories, fixture.fallbacks, {}, { { fixture["a/b/c"], { { 2, 1 }, { 0, 2 } } } }, 0 } });
         made.push_back({ 0, 0, { fixture.categories, fixture.fallbacks, {}, {} } }); // refused, as build() refuses it
         made.push_back({ 5, 4, { shifted(3, 5), std::vector<std::uint8_t>(fixture.fallbacks.size(), 4),
@@ -273,14 +273,14 @@ TEST(BucketMap, MapsBuiltTogetherAreEachAsBuiltAlone)
         made.push_back({ 2, 1, { shifted(1, 2), fixture.fallbacks, {}, { { fixture["a/b"], { { 1, 1 } } } }, 100 } });
         return made;
     };
-    std::vector<std::shared_ptr<const BucketMap>> together = BucketMap::buildTogether(fixture.scan, specs());
+    std::vector<std::shared_ptr<const BucketMap>> together = BucketMap::buildTogether(fixture.scan, plans());
     ASSERT_EQ(together.size(), 4u);
     EXPECT_EQ(together[1], nullptr);
-    std::vector<BucketMap::Spec> alone = specs();
+    std::vector<BucketMap::Plan> alone = plans();
     for (std::size_t k : { 0u, 2u, 3u }) {
         SCOPED_TRACE(k);
-        BucketMap::Spec& spec = alone[k];
-        auto expected = BucketMap::build(fixture.scan, spec.width, spec.unknown, std::move(spec.input));
+        BucketMap::Plan& plan = alone[k];
+        auto expected = BucketMap::build(fixture.scan, plan.width, plan.unknown, std::move(plan.input));
         ASSERT_NE(expected, nullptr);
         ASSERT_NE(together[k], nullptr);
         EXPECT_EQ(together[k]->width(), expected->width());
@@ -290,5 +290,5 @@ TEST(BucketMap, MapsBuiltTogetherAreEachAsBuiltAlone)
             EXPECT_EQ(together[k]->totals(node), expected->totals(node)) << fixture.scan->path(node);
     }
     EXPECT_EQ(together[2]->totals(fixture["e"]), (std::vector<std::int64_t> { 0, 18, 0, 0, 0 })) << "a row given stands for its folder";
-    EXPECT_EQ(BucketMap::buildTogether(nullptr, specs()), (std::vector<std::shared_ptr<const BucketMap>>(4)));
+    EXPECT_EQ(BucketMap::buildTogether(nullptr, plans()), (std::vector<std::shared_ptr<const BucketMap>>(4)));
 }
