@@ -14,23 +14,13 @@ namespace {
 
 constexpr std::int64_t MB = 1'000'000;
 
-struct File {
-    std::string path;
-    std::int64_t bytes;
-};
+using File = SampleFile;
 
 // A snapshot with colours of a tree of files; folders named in `unread` could not be listed.
 std::shared_ptr<const Snapshot> snapshotOf(const std::vector<File>& files, const std::vector<std::string>& unread = {},
     std::int64_t dateOffsetDays = 0)
 {
-    TreeFixture tree;
-    for (const File& file : files)
-        tree.add(file.path, file.bytes);
-    for (const std::string& folder : unread) {
-        tree.add(folder + "/", 0);
-        tree.builder().markContentsUnready(tree.id(folder));
-    }
-    Snapshot snapshot = reduceWithColors(tree.finish());
+    Snapshot snapshot = snapshotOfFiles(files, unread);
     snapshot.date += std::chrono::days(dateOffsetDays);
     return std::make_shared<const Snapshot>(std::move(snapshot));
 }

@@ -5,6 +5,8 @@
 #include "History/SnapshotReducer.hpp"
 
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace tarnwick::testing {
 
@@ -59,6 +61,26 @@ inline void addSampleProjects(TreeFixture& tree)
     tree.add(TreeFixture::Item { "Projects/app.mp4", 25'000'123, NodeKind::file, 24'000'000, daysAgo(3), daysAgo(400) });
     tree.add(TreeFixture::Item { "Projects/notes.txt", 3'000'000, NodeKind::file, std::nullopt, daysAgo(40), daysAgo(40) });
     tree.add(TreeFixture::Item { "Projects/Build/out.zip", 12'345'678, NodeKind::file, std::nullopt, daysAgo(0), daysAgo(0) });
+}
+
+// A file of a sample tree: its path below the root and its size.
+struct SampleFile {
+    std::string path;
+    std::int64_t bytes;
+};
+
+// A snapshot with colours of a tree of files, as the reducer makes it; the folders named in
+// unread could not be listed.
+inline Snapshot snapshotOfFiles(const std::vector<SampleFile>& files, const std::vector<std::string>& unread = {})
+{
+    TreeFixture tree;
+    for (const SampleFile& file : files)
+        tree.add(file.path, file.bytes);
+    for (const std::string& folder : unread) {
+        tree.add(folder + "/", 0);
+        tree.builder().markContentsUnready(tree.id(folder));
+    }
+    return reduceWithColors(tree.finish());
 }
 
 }

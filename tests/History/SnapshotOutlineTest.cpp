@@ -20,24 +20,14 @@ namespace {
 
 constexpr std::int64_t MB = 1'000'000;
 
-struct File {
-    std::string path;
-    std::int64_t bytes;
-};
+using File = tarnwick::testing::SampleFile;
 
 // A snapshot of a tree of files as it comes back from its file; folders named in `unread`
 // could not be listed.
 std::shared_ptr<const Snapshot> saved(const std::vector<File>& files, const std::vector<std::string>& unread, int daysBefore,
     Snapshot::Colors colors, std::vector<std::vector<std::uint8_t>>& encoded)
 {
-    tarnwick::testing::TreeFixture tree;
-    for (const File& file : files)
-        tree.add(file.path, file.bytes);
-    for (const std::string& folder : unread) {
-        tree.add(folder + "/", 0);
-        tree.builder().markContentsUnready(tree.id(folder));
-    }
-    Snapshot snapshot = tarnwick::testing::reduceWithColors(tree.finish());
+    Snapshot snapshot = tarnwick::testing::snapshotOfFiles(files, unread);
     snapshot.date -= std::chrono::days(daysBefore);
     encoded.push_back(*snapshot.encode(colors));
     return std::make_shared<const Snapshot>(*Snapshot::decode(encoded.back()));
