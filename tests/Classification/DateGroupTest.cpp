@@ -87,14 +87,3 @@ TEST(DateGroup, GroupOfAStoredDate)
     EXPECT_EQ(boundaries.group(TreeDate::noDate), std::nullopt);
 }
 
-TEST(DateGroup, Texts)
-{
-    using Form = DateGroup::Form;
-    EXPECT_EQ(DateGroup(DateGroup::today).text(Form::changed), "today");
-    EXPECT_EQ(DateGroup(DateGroup::today).text(Form::created), "today");
-    EXPECT_EQ(DateGroup(DateGroup::past30Days).text(Form::created), "created in the past 30 days");
-    EXPECT_EQ(DateGroup(DateGroup::older).text(Form::changed), "not changed for over a year");
-    EXPECT_EQ(DateGroup(DateGroup::older).text(Form::created), "created over a year ago");
-    EXPECT_EQ(DateGroup::fromRaw(5), std::nullopt);
-    EXPECT_EQ(DateGroup::fromRaw(3), DateGroup::pastYear);
-}

@@ -203,31 +203,3 @@ TEST(ScopeResolver, ReadsTheFirmlinkTable)
     EXPECT_TRUE(ScopeResolver::readFirmlinks((temp.path / "missing").string()).empty());
 }
 
-TEST(ScopeError, Texts)
-{
-    struct Case {
-        ScopeError error;
-        std::string_view title;
-        std::string detail;
-        std::string_view shortText;
-    };
-    const Case cases[] {
-        { ScopeError::networkVolume("smbfs"), "Network volumes aren't supported",
-            "This location is on a network volume (smbfs). This version scans local disks only. Choose a folder on a local disk.",
-            "Network volumes aren't supported in this version." },
-        { ScopeError::virtualFileSystem("proc"), "This file system isn't supported",
-            "This location is on a virtual file system (proc). Choose a folder on a local disk.",
-            "Virtual file systems aren't supported." },
-        { ScopeError::unreachable(), "The location isn't available", "It may have been disconnected, renamed or removed.",
-            "The location isn't available" },
-        { ScopeError::macDataVolumeNotFound(), "Couldn't identify your Mac's data volume",
-            "Tarnwick couldn't reliably determine which volume holds your data, so it won't present a partial scan as the "
-            "whole disk. Choose a folder to scan instead, such as your home folder.",
-            "Couldn't identify your Mac's data volume" },
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(c.error.title(), c.title);
-        EXPECT_EQ(c.error.detail(), c.detail);
-        EXPECT_EQ(c.error.shortText(), c.shortText);
-    }
-}
